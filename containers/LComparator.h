@@ -1,0 +1,34 @@
+// LComparator.h: the objects through which an LArray orders and searches its
+// items. A comparison result counts by its sign only.
+//
+//   class ByName : public LComparator { long Compare(...) const override; };
+//   LArray names(sizeof(Person), new ByName, true);   // the array owns it
+//   long i = names.FetchIndexOf(&someone);
+#pragma once
+
+#include "../platform/Export.h"
+
+// Compares items as raw bytes (unsigned, then by size). Subclasses override
+// Compare for another order, and CompareToKey to support search by key.
+class VBU_API LComparator {
+ public:
+  LComparator() = default;
+  virtual ~LComparator();
+
+  // <0 if `a` comes first, 0 if equal, >0 if `a` comes after `b`.
+  virtual long Compare(const void* a, const void* b, unsigned long sizeA, unsigned long sizeB) const;
+  // True if Compare gives 0.
+  virtual bool IsEqualTo(const void* a, const void* b, unsigned long sizeA, unsigned long sizeB) const;
+  // How `item` stands against `key`; the base class knows no keys and gives 1.
+  virtual long CompareToKey(const void* item, unsigned long size, const void* key) const;
+  // True if CompareToKey gives 0.
+  virtual bool IsEqualToKey(const void* item, unsigned long size, const void* key) const;
+};
+
+// Compares 32-bit words by their wrapping 32-bit difference; sizes are not
+// read. Values further apart than 2^31 - 1 can compare with the wrong sign.
+class VBU_API LLongComparator : public LComparator {
+ public:
+  long Compare(const void* a, const void* b, unsigned long sizeA, unsigned long sizeB) const override;
+  bool IsEqualTo(const void* a, const void* b, unsigned long sizeA, unsigned long sizeB) const override;
+};

@@ -1,0 +1,24 @@
+// SysCalls.h: every system call the platform layer makes goes through one
+// table, so that a test can swap an entry and make the Nth call fail with a
+// chosen error. Internal; never installed.
+//
+//   vbu::platform::SysCalls saved = vbu::platform::Sys();
+//   vbu::platform::Sys().calloc = [](std::size_t, std::size_t) -> void* { return nullptr; };
+//   ...; vbu::platform::Sys() = saved;
+#pragma once
+
+#include <cstddef>
+
+namespace vbu::platform {
+
+struct SysCalls {
+  void* (*calloc)(std::size_t count, std::size_t size);
+  void (*free)(void* block);
+};
+
+// The live table: what the layer calls. Tests may change its entries.
+SysCalls& Sys();
+// The system's own entries, for putting the live table back.
+const SysCalls& DefaultSysCalls();
+
+}  // namespace vbu::platform
