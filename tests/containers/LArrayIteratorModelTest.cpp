@@ -1,0 +1,353 @@
+// Long random runs of changes and walks on an array with several iterators
+// attached, each result checked against a plain model: a vector for the
+// array, and two numbers per iterator moved by the iterator's rules.
+// Beside the rules, every notified change is checked for what users rely
+// on: an iterator standing on an item is still on that same item after it.
+#include <VantoroBasicUtils/containers/LArrayIterator.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <random>
+#include <set>
+
+#include "support/ArrayProbe.h"
+
+namespace {
+
+constexpr int kBefore = 0, kAtEnd = -2, kRemoved = -4, kDead = -6;
+
+struct ModelIterator {
+  int cur = 0;
+  int next = 0;
+};
+
+class Harness {
+ public:
+  Harness(uint32_t seed, bool keepSorted)
+      : mRng(seed), mKeepSorted(keepSorted), mArray(std::make_unique<LArray>(4, nullptr, keepSorted)) {}
+
+  void Run(int steps) {
+    for (int step = 0; step < steps && !::testing::Test::HasFailure(); ++step) {
+      mStep = step;
+      switch (Pick(14)) {
+        case 0: case 1: case 2: Insert(); break;
+        case 3: case 4: Remove(); break;
+        case 5: RemoveCurrentFromAWalk(); break;
+        case 6: Assign(); break;
+        case 7: if (!mKeepSorted) SwapOrMove(); break;
+        case 8: if (!mKeepSorted) SortAll(); break;
+        case 9: case 10: StepIterator(); break;
+        case 11: ResetIterator(); break;
+        case 12: MakeOrDropIterator(); break;
+        case 13: ToggleLock(); break;
+      }
+      Check();
+    }
+    KillArray();
+  }
+
+ private:
+  // ---- the array's changes
+
+  void Insert() {
+    unsigned long count = 1 + Pick(3);
+    long index = PickIndex();
+    int32_t value = FreshValue();
+    auto before = Positions();
+    long got = mArray->InsertItemsAt(count, index, &value, 0);
+    if (mLocks > 0) {
+      ASSERT_EQ(got, kBadIndex) << Where();
+      return;
+    }
+    long expect;
+    if (mKeepSorted) {
+      expect = std::lower_bound(mItems.begin(), mItems.end(), value) - mItems.begin() + 1;
+    } else {
+      expect = std::clamp<long>(index, 1, Count() + 1);
+    }
+    ASSERT_EQ(got, expect) << Where();
+    mItems.insert(mItems.begin() + (expect - 1), count, value);
+    for (auto& m : mModels) ModelInserted(m, count, expect);
+    CheckStillOnTheirItems(before);
+  }
+
+  void Remove() {
+    unsigned long count = Pick(4);
+    long index = PickIndex();
+    ApplyRemove(count, index);
+  }
+
+  void ApplyRemove(unsigned long count, long index) {
+    auto before = Positions();
+    mArray->RemoveItemsAt(count, index);
+    if (index == kLastIndex) index = Count();
+    if (mLocks > 0 || count == 0 || index < 1 || index > Count()) return;
+    count = std::min<unsigned long>(count, Count() - index + 1);
+    mItems.erase(mItems.begin() + (index - 1), mItems.begin() + (index - 1 + count));
+    for (auto& m : mModels) ModelRemoved(m, count, index);
+    CheckStillOnTheirItems(before);
+  }
+
+  void RemoveCurrentFromAWalk() {
+    // A walk that removes the item it stands on: the usual way a listener
+    // leaves a list while it is being called.
+    if (mIterators.empty()) return;
+    size_t k = Pick(mIterators.size());
+    int32_t item;
+    if (mIterators[k]->Next(&item)) {
+      ModelNext(mModels[k]);
+      ApplyRemove(1, mIterators[k]->GetCurrentIndex());
+    } else {
+      ModelNext(mModels[k]);
+    }
+  }
+
+  void Assign() {
+    unsigned long count = 1 + Pick(3);
+    long index = PickIndex();
+    int32_t value = FreshValue();
+    if (!mKeepSorted) {
+      mArray->AssignItemsAt(count, index, &value, 0);
+      if (index == kLastIndex) index = Count();
+      if (index < 1 || index > Count()) return;
+      long last = std::min<long>(index + count - 1, Count());
+      std::fill(mItems.begin() + (index - 1), mItems.begin() + last, value);
+      return;  // iterators are not told
+    }
+    // Kept sorted: a removal, then a sorted insertion of `count` copies.
+    auto before = Positions();
+    mArray->AssignItemsAt(count, index, &value, 0);
+    if (index == kLastIndex) index = Count();
+    if (index < 1 || index > Count() || mLocks > 0) return;
+    unsigned long removed = std::min<unsigned long>(count, Count() - index + 1);
+    mItems.erase(mItems.begin() + (index - 1), mItems.begin() + (index - 1 + removed));
+    for (auto& m : mModels) ModelRemoved(m, removed, index);
+    long at = std::lower_bound(mItems.begin(), mItems.end(), value) - mItems.begin() + 1;
+    mItems.insert(mItems.begin() + (at - 1), count, value);
+    for (auto& m : mModels) ModelInserted(m, count, at);
+    (void)before;  // the current item itself may have been replaced
+  }
+
+  void SwapOrMove() {
+    long a = PickIndex(), b = PickIndex();
+    bool swap = Pick(2);
+    if (swap) mArray->SwapItems(a, b); else mArray->MoveItem(a, b);
+    if (a == kLastIndex) a = Count();
+    if (b == kLastIndex) b = Count();
+    if (a < 1 || a > Count() || b < 1 || b > Count()) return;
+    if (swap) {
+      std::swap(mItems[a - 1], mItems[b - 1]);
+    } else if (a < b) {
+      std::rotate(mItems.begin() + (a - 1), mItems.begin() + a, mItems.begin() + b);
+    } else if (a > b) {
+      std::rotate(mItems.begin() + (b - 1), mItems.begin() + (a - 1), mItems.begin() + a);
+    }
+  }
+
+  void SortAll() {
+    mArray->Sort();
+    std::sort(mItems.begin(), mItems.end());
+  }
+
+  void ToggleLock() {
+    if (mLocks > 0 && Pick(2)) {
+      mArray->Unlock();
+      --mLocks;
+    } else if (mLocks < 2) {
+      mArray->Lock();
+      ++mLocks;
+    }
+  }
+
+  // ---- iterators
+
+  void StepIterator() {
+    if (mIterators.empty()) return;
+    size_t k = Pick(mIterators.size());
+    int32_t item = 0;
+    bool forward = Pick(3) != 0;
+    bool got = forward ? mIterators[k]->Next(&item) : mIterators[k]->Previous(&item);
+    std::optional<int32_t> expect = forward ? ModelNext(mModels[k]) : ModelPrevious(mModels[k]);
+    ASSERT_EQ(got, expect.has_value()) << Where() << (forward ? " Next" : " Previous");
+    if (got) {
+      ASSERT_EQ(item, *expect) << Where();
+    }
+    int32_t current = 0;
+    ASSERT_EQ(mIterators[k]->Current(&current), got) << Where();
+  }
+
+  void ResetIterator() {
+    if (mIterators.empty()) return;
+    size_t k = Pick(mIterators.size());
+    long position = static_cast<long>(Pick(Count() + 4)) - 2;
+    mIterators[k]->ResetTo(position);
+    ModelReset(mModels[k], position);
+  }
+
+  void MakeOrDropIterator() {
+    if (mIterators.size() < 4 && (mIterators.empty() || Pick(2))) {
+      long position = static_cast<long>(Pick(Count() + 4)) - 2;
+      mIterators.push_back(std::make_unique<LArrayIterator>(*mArray, position));
+      mModels.emplace_back();
+      ModelReset(mModels.back(), position);
+    } else {
+      size_t k = Pick(mIterators.size());
+      mIterators.erase(mIterators.begin() + k);
+      mModels.erase(mModels.begin() + k);
+    }
+  }
+
+  void KillArray() {
+    while (mLocks > 0) {
+      mArray->Unlock();
+      --mLocks;
+    }
+    mArray.reset();
+    for (auto& it : mIterators) {
+      int32_t item;
+      EXPECT_EQ(it->GetCurrentIndex(), kDead);
+      EXPECT_FALSE(it->Next(&item));
+      EXPECT_FALSE(it->Previous(&item));
+      it->ResetTo(1);
+      EXPECT_EQ(it->GetCurrentIndex(), kDead);
+    }
+    mIterators.clear();  // dead iterators leave the freed array alone
+  }
+
+  // ---- the model of one iterator
+
+  long Count() const { return static_cast<long>(mItems.size()); }
+
+  void ModelCalcNext(ModelIterator& m) const {
+    if (m.cur == kAtEnd) {
+      m.next = kAtEnd;
+    } else {
+      m.next = m.cur + 1 > Count() ? kAtEnd : m.cur + 1;
+    }
+  }
+
+  void ModelReset(ModelIterator& m, long position) const {
+    if (position == -1 || position > Count()) {
+      m.cur = kAtEnd;
+    } else {
+      m.cur = position <= 0 ? kBefore : static_cast<int>(position);
+    }
+    ModelCalcNext(m);
+  }
+
+  std::optional<int32_t> ItemAt(int index) const {
+    if (index < 1 || index > Count()) return std::nullopt;
+    return mItems[index - 1];
+  }
+
+  std::optional<int32_t> ModelNext(ModelIterator& m) const {
+    m.cur = m.next;
+    ModelCalcNext(m);
+    return ItemAt(m.cur);
+  }
+
+  std::optional<int32_t> ModelPrevious(ModelIterator& m) const {
+    if (m.cur == kRemoved) {
+      m.cur = m.next == kAtEnd ? static_cast<int>(Count()) : m.next - 1;
+    } else if (m.cur == kAtEnd) {
+      m.cur = static_cast<int>(Count());
+    } else if (m.cur > 0) {
+      --m.cur;
+    }
+    ModelCalcNext(m);
+    return ItemAt(m.cur);
+  }
+
+  void ModelInserted(ModelIterator& m, unsigned long count, long index) const {
+    if (m.cur == kRemoved) {
+      if (index <= m.next) m.next += static_cast<int>(count);
+      return;
+    }
+    if (index <= m.cur) m.cur += static_cast<int>(count);
+    ModelCalcNext(m);
+  }
+
+  void ModelRemoved(ModelIterator& m, unsigned long count, long index) const {
+    if (index > m.cur) return;
+    if (index + static_cast<long>(count) > m.cur) {
+      m.next = index > Count() ? kAtEnd : static_cast<int>(index);
+      m.cur = kRemoved;
+      return;
+    }
+    m.cur -= static_cast<int>(count);
+    ModelCalcNext(m);
+  }
+
+  // ---- checks
+
+  // For each iterator on an item: the item it stands on.
+  std::vector<std::optional<int32_t>> Positions() const {
+    std::vector<std::optional<int32_t>> out;
+    for (auto& m : mModels) out.push_back(ItemAt(m.cur));
+    return out;
+  }
+
+  void CheckStillOnTheirItems(const std::vector<std::optional<int32_t>>& before) const {
+    for (size_t k = 0; k < mModels.size(); ++k) {
+      if (before[k] && mModels[k].cur > 0) {
+        ASSERT_EQ(ItemAt(mModels[k].cur), before[k]) << Where() << " iterator " << k << " left its item";
+      }
+    }
+  }
+
+  void Check() const {
+    ASSERT_EQ(ItemsOf(*mArray), mItems) << Where();
+    for (size_t k = 0; k < mIterators.size(); ++k) {
+      ASSERT_EQ(mIterators[k]->GetCurrentIndex(), mModels[k].cur) << Where() << " iterator " << k;
+    }
+  }
+
+  std::string Where() const { return "step " + std::to_string(mStep); }
+
+  // ---- randomness
+
+  unsigned long Pick(unsigned long n) { return n == 0 ? 0 : std::uniform_int_distribution<unsigned long>(0, n - 1)(mRng); }
+
+  long PickIndex() {
+    if (Pick(10) == 0) return kLastIndex;
+    return static_cast<long>(Pick(Count() + 5)) - 2;  // -2 .. count + 2
+  }
+
+  // Values never seen before, so that a sorted array has one place for them.
+  int32_t FreshValue() {
+    int32_t v;
+    do {
+      v = static_cast<int32_t>(Pick(1000000));
+    } while (!mUsed.insert(v).second);
+    return v;
+  }
+
+  std::mt19937 mRng;
+  bool mKeepSorted;
+  std::unique_ptr<LArray> mArray;
+  std::vector<int32_t> mItems;
+  std::vector<std::unique_ptr<LArrayIterator>> mIterators;
+  std::vector<ModelIterator> mModels;
+  std::set<int32_t> mUsed;
+  int mLocks = 0;
+  int mStep = 0;
+};
+
+}  // namespace
+
+TEST(LArrayIteratorModel, RandomChangesAndWalks) {
+  for (uint32_t seed = 1; seed <= 40 && !HasFailure(); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    Harness(seed, false).Run(3000);
+  }
+}
+
+TEST(LArrayIteratorModel, RandomChangesAndWalksOnAKeptSortedArray) {
+  for (uint32_t seed = 1; seed <= 40 && !HasFailure(); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    Harness(seed, true).Run(3000);
+  }
+}
