@@ -157,11 +157,8 @@ class VBU_API LArray {
   void InitArray(unsigned long itemSize, LComparator* comparator, bool isSorted, bool keepSorted);
   // True if the array may grow by `itemDelta` items and stay within its 32-bit sizes.
   bool CanGrowBy(unsigned long itemDelta) const;
-  // The halving shared by the binary searches and insert-index searches:
-  // `compare(itemPtr, itemSize)` gives the order of an array item against
-  // the sought one. Gives the last middle and the last result.
-  template <class CompareFn>
-  void Halve(CompareFn compare, long& middle, long& result) const;
+  // The sort and search algorithms, over the items as this class reaches them.
+  friend class LArrayOrdering;
 };
 
 // LArray of pointer-sized items by default, with SetItemAt to replace or append.

@@ -6,7 +6,11 @@
 //   long i = names.FetchIndexOf(&someone);
 #pragma once
 
+#include <cstdint>
+#include <cstring>
+
 #include "../platform/Export.h"
+#include "UMemUtils.h"
 
 // Compares items as raw bytes (unsigned, then by size). Subclasses override
 // Compare for another order, and CompareToKey to support search by key.
@@ -15,8 +19,12 @@ class VBU_API LComparator {
   LComparator() = default;
   virtual ~LComparator();
 
-  // <0 if `a` comes first, 0 if equal, >0 if `a` comes after `b`.
-  virtual long Compare(const void* a, const void* b, unsigned long sizeA, unsigned long sizeB) const;
+  // <0 if `a` comes first, 0 if equal, >0 if `a` comes after `b`. Defined
+  // here, as LLongComparator's are, so that sorts and searches that know the
+  // comparator's exact type can inline it.
+  virtual long Compare(const void* a, const void* b, unsigned long sizeA, unsigned long sizeB) const {
+    return BlockCompare(a, b, sizeA, sizeB);
+  }
   // True if Compare gives 0.
   virtual bool IsEqualTo(const void* a, const void* b, unsigned long sizeA, unsigned long sizeB) const;
   // How `item` stands against `key`; the base class knows no keys and gives 1.
@@ -29,6 +37,18 @@ class VBU_API LComparator {
 // read. Values further apart than 2^31 - 1 can compare with the wrong sign.
 class VBU_API LLongComparator : public LComparator {
  public:
-  long Compare(const void* a, const void* b, unsigned long sizeA, unsigned long sizeB) const override;
-  bool IsEqualTo(const void* a, const void* b, unsigned long sizeA, unsigned long sizeB) const override;
+  ~LLongComparator() override;
+  long Compare(const void* a, const void* b, unsigned long, unsigned long) const override {
+    return static_cast<int32_t>(Word(a) - Word(b));
+  }
+  bool IsEqualTo(const void* a, const void* b, unsigned long, unsigned long) const override {
+    return Word(a) == Word(b);
+  }
+
+ private:
+  static uint32_t Word(const void* p) {
+    uint32_t w;
+    std::memcpy(&w, p, 4);
+    return w;
+  }
 };

@@ -65,6 +65,7 @@ bool BlocksAreEqual(const void* a, const void* b, unsigned long size) {
 }
 
 long BlockCompare(const void* a, const void* b, unsigned long size) {
+  if (size == 0 || std::memcmp(a, b, size) == 0) return 0;
   const unsigned char* pa = static_cast<const unsigned char*>(a);
   const unsigned char* pb = static_cast<const unsigned char*>(b);
   for (unsigned long i = 0; i < size; ++i) {

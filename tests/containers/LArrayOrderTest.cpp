@@ -230,3 +230,56 @@ TEST(LArrayKeepSorted, KeptButUnsortedArrayAppendsAndThenCountsAsSorted) {
   EXPECT_EQ(a.InsertItemsAt(1, 1, &x, 0), 2);  // appended
   EXPECT_TRUE(a.IsSorted());
 }
+
+namespace {
+// Same behaviour as the built-in classes, but replaced by subclasses, so the
+// array must go through its virtual operations and comparator.
+class OwnAccessArray : public LArray {
+ public:
+  using LArray::LArray;
+
+ protected:
+  void PeekItem(long index, void* dest) const override { LArray::PeekItem(index, dest); }
+};
+class OwnLongComparator : public LLongComparator {};
+class OwnBytesComparator : public LComparator {};
+}  // namespace
+
+TEST(LArraySearch, BuiltInAndReplacedOperationsGiveTheSameResults) {
+  // Searches among runs of equal items show which of them the halving meets,
+  // so any difference between the two routes would show in the indices.
+  std::mt19937 rng(99);
+  for (int round = 0; round < 30; ++round) {
+    size_t n = 1 + rng() % 300;
+    V values(n);
+    for (auto& v : values) v = static_cast<int32_t>(rng() % 40) - 20;
+
+    LArray builtIn(4);
+    OwnAccessArray ownAccess(4);
+    LArray ownComparator(4, new OwnLongComparator);
+    LArray bytes(4, new OwnBytesComparator);  // byte order, through the virtual route
+    LArray builtInBytes(4);
+    builtInBytes.SetComparator(new LComparator);
+    LArray* arrays[] = {&builtIn, &ownAccess, &ownComparator, &bytes, &builtInBytes};
+    for (LArray* a : arrays) {
+      for (int32_t v : values) a->InsertItemsAt(1, kLastIndex, &v, 0);
+      a->Sort();
+    }
+    EXPECT_EQ(ItemsOf(builtIn), ItemsOf(ownAccess));
+    EXPECT_EQ(ItemsOf(builtIn), ItemsOf(ownComparator));
+    EXPECT_EQ(ItemsOf(bytes), ItemsOf(builtInBytes));
+    for (int32_t probe = -22; probe <= 22; ++probe) {
+      long found = builtIn.FetchIndexOf(&probe);
+      long place = builtIn.FetchInsertIndexOf(&probe);
+      EXPECT_EQ(found, ownAccess.FetchIndexOf(&probe)) << probe;
+      EXPECT_EQ(found, ownComparator.FetchIndexOf(&probe)) << probe;
+      EXPECT_EQ(place, ownAccess.FetchInsertIndexOf(&probe)) << probe;
+      EXPECT_EQ(bytes.FetchIndexOf(&probe), builtInBytes.FetchIndexOf(&probe)) << probe;
+      EXPECT_EQ(bytes.FetchInsertIndexOf(&probe), builtInBytes.FetchInsertIndexOf(&probe)) << probe;
+      for (LArray* a : arrays) a->InvalidateSort();  // linear route too
+      EXPECT_EQ(builtIn.FetchIndexOf(&probe), ownAccess.FetchIndexOf(&probe)) << probe;
+      EXPECT_EQ(bytes.FetchIndexOf(&probe), builtInBytes.FetchIndexOf(&probe)) << probe;
+      for (LArray* a : arrays) a->Sort();
+    }
+  }
+}
