@@ -9,7 +9,7 @@ fail=0
 for name in 'Handle::Resize' 'StPointerBlock::StPointerBlock' 'UMemUtils::memcpy256byte' \
             'BlockCompare(void const*, void const*, unsigned long, unsigned long)' 'ToString10' \
             'LArray::InsertItemsAt' 'LArray::sLongComparator' 'LList::SetItemAt' \
-            'LArrayIterator::Next' 'LListIterator::LListIterator' 'LLongComparator::Compare' \
+            'LArrayIterator::Next' 'LListIterator::LListIterator' 'vtable for LLongComparator' 'LComparator::IsEqualToKey' \
             'CVoidList::GetAt' 'ListNode::~ListNode' 'MRectList::DeleteAll' 'operator==(MRect const&, MRect const&)' \
             'typeinfo for LArray' 'vtable for LList'; do
   if ! grep -qF -- "$name" <<<"$symbols"; then
