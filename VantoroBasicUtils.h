@@ -5,6 +5,8 @@
 #pragma once
 
 #include "platform/Export.h"
+#include "platform/MessageQueue.h"
+#include "platform/Sync.h"
 
 #include "containers/CVoidList.h"
 #include "containers/Handle.h"
@@ -13,3 +15,12 @@
 #include "containers/LComparator.h"
 #include "containers/MRect.h"
 #include "containers/UMemUtils.h"
+
+#include "messaging/CBroadcastDispatcher.h"
+#include "messaging/CMessageAction.h"
+#include "messaging/CMessageConsole.h"
+#include "messaging/LBroadcaster.h"
+#include "messaging/LListener.h"
+#include "messaging/LNotifier.h"
+#include "messaging/LResponder.h"
+#include "messaging/StGlobalLock.h"

@@ -5,9 +5,6 @@
 #include "containers/Handle.h"
 #include "containers/LArrayIterator.h"
 
-LLongComparator LArray::sLongComparator;
-LComparator LArray::sBytesComparator;
-
 namespace {
 // The most items an array can count: indices are signed 32-bit, and
 // kLastIndex must stay above every valid index.

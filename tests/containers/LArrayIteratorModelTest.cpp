@@ -14,15 +14,12 @@
 #include <set>
 
 #include "support/ArrayProbe.h"
+#include "support/IteratorModel.h"
 
 namespace {
 
-constexpr int kBefore = 0, kAtEnd = -2, kRemoved = -4, kDead = -6;
-
-struct ModelIterator {
-  int cur = 0;
-  int next = 0;
-};
+using ModelIterator = IteratorModel;
+constexpr int kDead = IteratorModel::kDead;
 
 class Harness {
  public:
@@ -221,65 +218,17 @@ class Harness {
 
   long Count() const { return static_cast<long>(mItems.size()); }
 
-  void ModelCalcNext(ModelIterator& m) const {
-    if (m.cur == kAtEnd) {
-      m.next = kAtEnd;
-    } else {
-      m.next = m.cur + 1 > Count() ? kAtEnd : m.cur + 1;
-    }
-  }
-
-  void ModelReset(ModelIterator& m, long position) const {
-    if (position == -1 || position > Count()) {
-      m.cur = kAtEnd;
-    } else {
-      m.cur = position <= 0 ? kBefore : static_cast<int>(position);
-    }
-    ModelCalcNext(m);
-  }
+  void ModelReset(ModelIterator& m, long position) const { m.Reset(position, Count()); }
 
   std::optional<int32_t> ItemAt(int index) const {
     if (index < 1 || index > Count()) return std::nullopt;
     return mItems[index - 1];
   }
 
-  std::optional<int32_t> ModelNext(ModelIterator& m) const {
-    m.cur = m.next;
-    ModelCalcNext(m);
-    return ItemAt(m.cur);
-  }
-
-  std::optional<int32_t> ModelPrevious(ModelIterator& m) const {
-    if (m.cur == kRemoved) {
-      m.cur = m.next == kAtEnd ? static_cast<int>(Count()) : m.next - 1;
-    } else if (m.cur == kAtEnd) {
-      m.cur = static_cast<int>(Count());
-    } else if (m.cur > 0) {
-      --m.cur;
-    }
-    ModelCalcNext(m);
-    return ItemAt(m.cur);
-  }
-
-  void ModelInserted(ModelIterator& m, unsigned long count, long index) const {
-    if (m.cur == kRemoved) {
-      if (index <= m.next) m.next += static_cast<int>(count);
-      return;
-    }
-    if (index <= m.cur) m.cur += static_cast<int>(count);
-    ModelCalcNext(m);
-  }
-
-  void ModelRemoved(ModelIterator& m, unsigned long count, long index) const {
-    if (index > m.cur) return;
-    if (index + static_cast<long>(count) > m.cur) {
-      m.next = index > Count() ? kAtEnd : static_cast<int>(index);
-      m.cur = kRemoved;
-      return;
-    }
-    m.cur -= static_cast<int>(count);
-    ModelCalcNext(m);
-  }
+  std::optional<int32_t> ModelNext(ModelIterator& m) const { return ItemAt(m.Next(Count())); }
+  std::optional<int32_t> ModelPrevious(ModelIterator& m) const { return ItemAt(m.Previous(Count())); }
+  void ModelInserted(ModelIterator& m, unsigned long n, long index) const { m.Inserted(n, index, Count()); }
+  void ModelRemoved(ModelIterator& m, unsigned long n, long index) const { m.Removed(n, index, Count()); }
 
   // ---- checks
 

@@ -1,0 +1,18 @@
+// The library's static objects, defined in one place so that they come into
+// being at load in this order, before any host code runs (a host's own
+// static constructors may already report through CMessageAction), and die in
+// the reverse order at unload. Each service is reached through a static
+// getter that gives its address.
+#include "containers/LArray.h"
+#include "messaging/CMessageAction.h"
+#include "messaging/StGlobalLock.h"
+
+// The shared comparators of arrays made without one of their own.
+LLongComparator LArray::sLongComparator;
+LComparator LArray::sBytesComparator;
+
+// The host's process-wide lock.
+CCriticalSection StGlobalLock::sSafe;
+
+// User messages.
+CMessageAction CMessageAction::sMessageAction;

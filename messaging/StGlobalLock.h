@@ -1,0 +1,35 @@
+// StGlobalLock.h: scope guards over the library's one process-wide lock and
+// over any lock of the host's.
+//
+//   { StGlobalLock hold;  ...shared state of the host... }     // waits, then holds
+//   CCriticalSection mine;  { StSingleLock hold(&mine);  ... }
+#pragma once
+
+#include "../platform/Export.h"
+#include "../platform/Sync.h"
+
+// Holds the process-wide lock for a scope. The lock may be taken again by
+// the thread that holds it. Nothing in the library takes it: it is the host's.
+class VBU_API StGlobalLock {
+ public:
+  StGlobalLock();
+  ~StGlobalLock();
+  StGlobalLock(const StGlobalLock&) = delete;
+  StGlobalLock& operator=(const StGlobalLock&) = delete;
+
+ private:
+  CSingleLock* mLock;
+  static CCriticalSection sSafe;
+};
+
+// Holds `object` for a scope, waiting as long as it takes.
+class VBU_API StSingleLock {
+ public:
+  explicit StSingleLock(CSyncObject* object);
+  ~StSingleLock();
+  StSingleLock(const StSingleLock&) = delete;
+  StSingleLock& operator=(const StSingleLock&) = delete;
+
+ private:
+  CSingleLock* mLock;
+};

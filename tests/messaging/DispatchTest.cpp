@@ -1,0 +1,177 @@
+// Thread queues, hidden windows, and the broadcast dispatcher on top of them.
+#include <VantoroBasicUtils/messaging/CBroadcastDispatcher.h>
+#include <VantoroBasicUtils/messaging/LBroadcaster.h>
+#include <VantoroBasicUtils/messaging/LListener.h>
+#include <VantoroBasicUtils/platform/MessageQueue.h>
+#include <VantoroBasicUtils/platform/Sync.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <thread>
+#include <vector>
+
+namespace {
+
+class Inbox : public MMessageWindow {
+ public:
+  std::vector<unsigned int> got;
+  std::vector<unsigned long> threads;
+
+ protected:
+  intptr_t WindowProc(unsigned int message, uintptr_t, intptr_t lParam) override {
+    got.push_back(message);
+    threads.push_back(MThreadQueue::CurrentThreadId());
+    return lParam;
+  }
+};
+
+// Drains whatever earlier tests left on this thread's queue.
+void Drain() {
+  MMessage m;
+  while (MThreadQueue::PeekMessage(m)) {
+  }
+}
+
+}  // namespace
+
+TEST(MessageQueue, PostsFromAnyThreadRunInOrderOnTheOwner) {
+  Drain();
+  Inbox inbox;
+  const unsigned long owner = MThreadQueue::CurrentThreadId();
+  EXPECT_EQ(inbox.GetThreadId(), owner);
+  std::thread worker([&] {
+    for (unsigned int i = 1; i <= 100; ++i) EXPECT_TRUE(inbox.PostMessage(i, 0, 0));
+  });
+  worker.join();
+  EXPECT_TRUE(inbox.got.empty());  // nothing runs until the owner pumps
+  EXPECT_EQ(MThreadQueue::PumpMessages(), 100);
+  ASSERT_EQ(inbox.got.size(), 100u);
+  for (unsigned int i = 0; i < 100; ++i) EXPECT_EQ(inbox.got[i], i + 1);
+  for (unsigned long t : inbox.threads) EXPECT_EQ(t, owner);
+  EXPECT_EQ(inbox.SendMessage(9, 0, 77), 77);  // runs at once
+}
+
+TEST(MessageQueue, ADeadWindowsMessagesAreDropped) {
+  Drain();
+  auto doomed = std::make_unique<Inbox>();
+  Inbox stays;
+  doomed->PostMessage(1, 0, 0);
+  stays.PostMessage(2, 0, 0);
+  doomed->PostMessage(3, 0, 0);
+  doomed.reset();
+  EXPECT_EQ(MThreadQueue::PumpMessages(), 1);
+  EXPECT_EQ(stays.got, (std::vector<unsigned int>{2}));
+}
+
+TEST(MessageQueue, ThreadLoopWithThreadMessagesAndQuit) {
+  std::atomic<unsigned long> id{0};
+  std::vector<unsigned int> seen;
+  std::thread loop([&] {
+    id = MThreadQueue::CurrentThreadId();
+    MMessage m;
+    while (MThreadQueue::GetMessage(m)) {
+      seen.push_back(m.message);
+      if (m.message == 3) MThreadQueue::PostQuitMessage(0);
+      MThreadQueue::DispatchMessage(m);
+    }
+  });
+  while (!id) std::this_thread::yield();
+  // Wait until the loop thread's queue exists, then post three messages.
+  while (!MThreadQueue::PostThreadMessage(id, 1, 0, 0)) std::this_thread::yield();
+  MThreadQueue::PostThreadMessage(id, 2, 0, 0);
+  MThreadQueue::PostThreadMessage(id, 3, 0, 0);
+  loop.join();
+  EXPECT_EQ(seen, (std::vector<unsigned int>{1, 2, 3}));
+  EXPECT_FALSE(MThreadQueue::PostThreadMessage(id, 4, 0, 0));  // that thread is gone
+  EXPECT_FALSE(MThreadQueue::PostThreadMessage(0xFFFFFFFF, 4, 0, 0));
+}
+
+TEST(MessageQueue, WakeUpHandlerAndWaits) {
+  Drain();
+  static std::atomic<int> wakes{0};
+  MThreadQueue::SetWakeUpHandler([](void* context) { static_cast<std::atomic<int>*>(context)->fetch_add(1); },
+                                 &wakes);
+  Inbox inbox;
+  EXPECT_FALSE(MThreadQueue::WaitMessage(1));
+  std::thread([&] { inbox.PostMessage(5, 0, 0); }).join();
+  EXPECT_EQ(wakes, 1);
+  EXPECT_TRUE(MThreadQueue::WaitMessage(0));
+  MThreadQueue::SetWakeUpHandler(nullptr, nullptr);
+  inbox.PostMessage(6, 0, 0);
+  EXPECT_EQ(wakes, 1);
+  MThreadQueue::PostQuitMessage(0);
+  inbox.PostMessage(7, 0, 0);
+  EXPECT_EQ(MThreadQueue::PumpMessages(), 2);  // stops at the quit message
+  MMessage m;
+  EXPECT_FALSE(MThreadQueue::GetMessage(m));   // which the loop then sees
+  EXPECT_EQ(MThreadQueue::PumpMessages(), 1);
+  EXPECT_EQ(inbox.got, (std::vector<unsigned int>{5, 6, 7}));
+}
+
+namespace {
+class Counter : public LListener {
+ public:
+  bool ListenToMessage(long message, void*) override {
+    heard.push_back(message);
+    return true;
+  }
+  std::vector<long> heard;
+};
+}  // namespace
+
+TEST(CBroadcastDispatcher, RunsBusOperationsOnItsThread) {
+  Drain();
+  LBroadcaster broadcaster;
+  Counter listener;
+  {
+    StBroadcasterSetup setup;
+    CBroadcastDispatcher* dispatcher = CBroadcastDispatcher::sBroadcastDispatcher;
+    ASSERT_NE(dispatcher, nullptr);
+    BroadcastRequest request{&broadcaster, nullptr, 77, nullptr};
+    std::thread worker([&] {
+      dispatcher->PostMessage(WM_ADDLISTENER, reinterpret_cast<uintptr_t>(&broadcaster),
+                              reinterpret_cast<intptr_t>(&listener));
+      dispatcher->PostMessage(WM_BROADCASTMESSAGE, 0, reinterpret_cast<intptr_t>(&request));
+      dispatcher->PostMessage(WM_REMOVELISTENER, reinterpret_cast<uintptr_t>(&broadcaster),
+                              reinterpret_cast<intptr_t>(&listener));
+      dispatcher->PostMessage(WM_BROADCASTMESSAGE, 0, reinterpret_cast<intptr_t>(&request));
+      dispatcher->PostMessage(WM_BROADCASTMESSAGE, 0, 0);  // no record: nothing
+    });
+    worker.join();
+    EXPECT_TRUE(listener.heard.empty());
+    EXPECT_EQ(MThreadQueue::PumpMessages(), 5);
+    EXPECT_EQ(listener.heard, (std::vector<long>{77}));
+  }
+  EXPECT_EQ(CBroadcastDispatcher::sBroadcastDispatcher, nullptr);
+}
+
+TEST(CCriticalSection, ReentrantTimedAndOwned) {
+  CCriticalSection section;
+  EXPECT_FALSE(section.Unlock());  // not held: refused, nothing changes
+  EXPECT_TRUE(section.Lock());
+  EXPECT_TRUE(section.Lock(0));
+  std::thread other([&] {
+    EXPECT_FALSE(section.Lock(10));  // held elsewhere: times out
+    EXPECT_FALSE(section.Unlock());  // not this thread's to give back
+  });
+  other.join();
+  EXPECT_TRUE(section.Unlock());
+  EXPECT_TRUE(section.Unlock());
+  std::thread again([&] {
+    EXPECT_TRUE(section.Lock(0));
+    section.Unlock();
+  });
+  again.join();
+
+  CSingleLock single(&section);
+  EXPECT_FALSE(single.IsLocked());
+  EXPECT_FALSE(single.Unlock());
+  EXPECT_TRUE(single.Lock());
+  EXPECT_TRUE(single.Lock());  // held once by this guard
+  EXPECT_TRUE(single.Unlock());
+  EXPECT_FALSE(single.IsLocked());
+  CSingleLock none(nullptr, true);
+  EXPECT_FALSE(none.IsLocked());
+}

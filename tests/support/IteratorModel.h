@@ -1,0 +1,68 @@
+// A plain model of an array iterator's position: the index it stands on (or
+// a state) and the index it goes to next, moved by the iterator's rules.
+// Tests drive it beside a real iterator, and beside walks that rest on one.
+#pragma once
+
+struct IteratorModel {
+  static constexpr int kBefore = 0, kAtEnd = -2, kRemoved = -4, kDead = -6;
+
+  int cur = kBefore;
+  int next = 1;
+
+  void CalcNext(long count) {
+    if (cur == kAtEnd) {
+      next = kAtEnd;
+    } else {
+      next = cur + 1 > count ? kAtEnd : cur + 1;
+    }
+  }
+
+  void Reset(long position, long count) {
+    if (position == -1 || position > count) {
+      cur = kAtEnd;
+    } else {
+      cur = position <= 0 ? kBefore : static_cast<int>(position);
+    }
+    CalcNext(count);
+  }
+
+  // Steps forward; the index of the item reached, or a value outside 1..count.
+  int Next(long count) {
+    cur = next;
+    CalcNext(count);
+    return cur;
+  }
+
+  int Previous(long count) {
+    if (cur == kRemoved) {
+      cur = next == kAtEnd ? static_cast<int>(count) : next - 1;
+    } else if (cur == kAtEnd) {
+      cur = static_cast<int>(count);
+    } else if (cur > 0) {
+      --cur;
+    }
+    CalcNext(count);
+    return cur;
+  }
+
+  // `count` is the array's count after the change.
+  void Inserted(unsigned long n, long index, long count) {
+    if (cur == kRemoved) {
+      if (index <= next) next += static_cast<int>(n);
+      return;
+    }
+    if (index <= cur) cur += static_cast<int>(n);
+    CalcNext(count);
+  }
+
+  void Removed(unsigned long n, long index, long count) {
+    if (index > cur) return;
+    if (index + static_cast<long>(n) > cur) {
+      next = index > count ? kAtEnd : static_cast<int>(index);
+      cur = kRemoved;
+      return;
+    }
+    cur -= static_cast<int>(n);
+    CalcNext(count);
+  }
+};
