@@ -51,8 +51,6 @@ char* Handle::Lock() { return mPtr; }
 
 void Handle::Unlock() {}
 
-char* Handle::GetPtr() { return mPtr; }
-
 // ---- scope guards
 
 StHandleBlock::StHandleBlock(long size, bool, bool)

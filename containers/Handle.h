@@ -44,7 +44,7 @@ class VBU_API Handle {
   // Does nothing.
   virtual void Unlock();
   // The block's address, or null when there is none.
-  virtual char* GetPtr();
+  virtual char* GetPtr() { return mPtr; }
 
  protected:
   uint32_t mSize;       // logical size in bytes

@@ -1,18 +1,20 @@
 #include "containers/LArray.h"
 
 #include <cstring>
+#include <typeinfo>
 
 #include "containers/Handle.h"
 #include "containers/LArrayIterator.h"
+#include "containers/MRect.h"
 
 namespace {
 // The most items an array can count: indices are signed 32-bit, and
 // kLastIndex must stay above every valid index.
 constexpr uint64_t kMaxItems = 0x7FFFFFFE;
 
-// Every item copy goes through here. Empty copies are skipped: an array of
+// Every item copy goes through here; pointer-sized and 4-byte items, the
+// most frequent, are one move each. Empty copies are skipped: an array of
 // 0-byte items never gets a block, and its item addresses are null.
-// Pointer-sized and 4-byte items, the most frequent, are one move each.
 inline void MoveBytes(void* dest, const void* source, std::size_t size) {
   switch (size) {
     case 0: return;
@@ -21,6 +23,7 @@ inline void MoveBytes(void* dest, const void* source, std::size_t size) {
     default: std::memmove(dest, source, size);
   }
 }
+
 }  // namespace
 
 // ---- construction
@@ -80,8 +83,20 @@ bool LArray::FetchItemAt(long index, void* dest, unsigned long& size) const {
 
 bool LArray::FetchItemAt(long index, void* dest) const {
   if (!ValidIndex(index)) return false;
-  PeekItem(index, dest);
+  if (HasPlainItemAccess()) {
+    CopyItemOut(index, dest);
+  } else {
+    PeekItem(index, dest);
+  }
   return true;
+}
+
+bool LArray::LearnItemAccess() const {
+  // Asked after construction, when the dynamic type is final.
+  const std::type_info& type = typeid(*this);
+  bool plain = type == typeid(LArray) || type == typeid(LList) || type == typeid(MRectList);
+  mItemAccess.store(plain ? 1 : 2, std::memory_order_relaxed);
+  return plain;
 }
 
 void* LArray::GetItemPtr(long index) const {

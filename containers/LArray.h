@@ -6,12 +6,14 @@
 //   if (a.FetchItemAt(1, &x)) { ... }
 #pragma once
 
+#include <atomic>
 #include <cstdint>
+#include <cstring>
 
 #include "../platform/Export.h"
+#include "Handle.h"
 #include "LComparator.h"
 
-class Handle;
 class LArrayIterator;
 
 // Index values. Items are numbered from 1 to the count.
@@ -157,8 +159,44 @@ class VBU_API LArray {
   void InitArray(unsigned long itemSize, LComparator* comparator, bool isSorted, bool keepSorted);
   // True if the array may grow by `itemDelta` items and stay within its 32-bit sizes.
   bool CanGrowBy(unsigned long itemDelta) const;
+  // True if this array reaches its items as LArray itself does: its class is
+  // one of the library's own, which leave FetchItemAt, PeekItem, PokeItem,
+  // GetItemPtr and GrabItemSize alone. Copies, walks, sorts and searches then
+  // skip those virtual calls, with the same results. Inline, as iterators
+  // ask it for every item.
+  bool HasPlainItemAccess() const {
+    uint8_t access = mItemAccess.load(std::memory_order_relaxed);
+    return access == 1 || (access == 0 && LearnItemAccess());
+  }
+  bool LearnItemAccess() const;
+  // Copies item `index` (valid) out of the block, for plain item access.
+  // Pointer-sized and 4-byte items, the most frequent, are one move each. An
+  // array of 0-byte items never gets a block. (The compiler may not see that
+  // a branch for another size never runs with the caller's item: hence the
+  // pragmas, which keep hosts' builds quiet.)
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Warray-bounds"
+#pragma GCC diagnostic ignored "-Wstringop-overflow"
+#endif
+  void CopyItemOut(long index, void* dest) const {
+    if (mItemSize == 0) return;
+    const char* source = mItemsH->Handle::GetPtr() + (index - 1) * static_cast<long>(mItemSize);
+    switch (mItemSize) {
+      case 4: std::memcpy(dest, source, 4); break;
+      case 8: std::memcpy(dest, source, 8); break;
+      default: std::memcpy(dest, source, mItemSize);
+    }
+  }
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
   // The sort and search algorithms, over the items as this class reaches them.
   friend class LArrayOrdering;
+
+  // 0 until first asked (the class is known only after construction), then
+  // 1 for plain item access, 2 for a subclass's own.
+  mutable std::atomic<uint8_t> mItemAccess{0};
 };
 
 // LArray of pointer-sized items by default, with SetItemAt to replace or append.

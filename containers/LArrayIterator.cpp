@@ -20,21 +20,9 @@ void LArrayIterator::ResetTo(long position) {
   CalcNextIndex();
 }
 
-bool LArrayIterator::Current(void* dest) {
-  if (mCurrentIndex == kIterDead) return false;
-  return mArray.FetchItemAt(mCurrentIndex, dest);
-}
-
 bool LArrayIterator::Current(void* dest, unsigned long& size) {
   if (mCurrentIndex == kIterDead) return false;
   return mArray.FetchItemAt(mCurrentIndex, dest, size);
-}
-
-bool LArrayIterator::Next(void* dest) {
-  if (mCurrentIndex == kIterDead) return false;
-  mCurrentIndex = mNextIndex;
-  CalcNextIndex();
-  return Current(dest);
 }
 
 bool LArrayIterator::Next(void* dest, unsigned long& size) {
@@ -48,15 +36,6 @@ bool LArrayIterator::Previous(void* dest) { return CalcPreviousIndex() && Curren
 
 bool LArrayIterator::Previous(void* dest, unsigned long& size) {
   return CalcPreviousIndex() && Current(dest, size);
-}
-
-void LArrayIterator::CalcNextIndex() {
-  if (mCurrentIndex == kIterAtEnd) {
-    mNextIndex = kIterAtEnd;
-    return;
-  }
-  long next = static_cast<long>(mCurrentIndex) + 1;
-  mNextIndex = next > static_cast<long>(mArray.GetCount()) ? kIterAtEnd : static_cast<int32_t>(next);
 }
 
 bool LArrayIterator::CalcPreviousIndex() {

@@ -39,10 +39,22 @@ class VBU_API LArrayIterator {
   // The current index, or a state value (0, -2, -4, -6).
   long GetCurrentIndex() const { return mCurrentIndex; }
   // Copies the current item; false where there is none.
-  bool Current(void* dest);
+  bool Current(void* dest) {
+    if (mCurrentIndex == kIterDead) return false;
+    if (!mArray.HasPlainItemAccess()) return mArray.FetchItemAt(mCurrentIndex, dest);
+    // FetchItemAt as the library's own arrays do it, inline: walks are hot.
+    if (mCurrentIndex < 1 || mCurrentIndex > mArray.mItemCount) return false;
+    mArray.CopyItemOut(mCurrentIndex, dest);
+    return true;
+  }
   bool Current(void* dest, unsigned long& size);
   // Steps forward and copies the item there; false at the end.
-  bool Next(void* dest);
+  bool Next(void* dest) {
+    if (mCurrentIndex == kIterDead) return false;
+    mCurrentIndex = mNextIndex;
+    CalcNextIndex();
+    return Current(dest);
+  }
   bool Next(void* dest, unsigned long& size);
   // Steps back and copies the item there; false before the first item.
   bool Previous(void* dest);
@@ -56,7 +68,13 @@ class VBU_API LArrayIterator {
   void ArrayDied();
   void ItemsInserted(unsigned long count, long index);
   void ItemsRemoved(unsigned long count, long index);
-  void CalcNextIndex();
+  void CalcNextIndex() {
+    if (mCurrentIndex == kIterAtEnd) {
+      mNextIndex = kIterAtEnd;
+    } else {
+      mNextIndex = mCurrentIndex + 1 > mArray.mItemCount ? static_cast<int32_t>(kIterAtEnd) : mCurrentIndex + 1;
+    }
+  }
   bool CalcPreviousIndex();
 
   LArrayIterator* mNextIterator;

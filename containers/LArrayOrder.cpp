@@ -4,8 +4,8 @@
 // Each algorithm is written once, over an item-access policy. The virtual
 // policy reaches items through the array's virtual operations and compares
 // them through its comparator, which is right for every array. When neither
-// has been replaced by a subclass (the array is one of the library's own
-// classes and the comparator a built-in one), the direct policy reaches the
+// has been replaced by a subclass (the array has plain item access and the
+// comparator is a built-in one), the direct policy reaches the
 // raw items and inlines the comparator: the same steps and comparisons, so
 // the same results, without a virtual call per item.
 #include <cstring>
@@ -13,7 +13,6 @@
 
 #include "containers/Handle.h"
 #include "containers/LArray.h"
-#include "containers/MRect.h"
 
 namespace {
 // Holds an array's Lock for a scope.
@@ -71,9 +70,7 @@ class LArrayOrdering {
   template <class Algorithm>
   static auto WithItems(const LArray& array, Algorithm algorithm) {
     const LComparator& comparator = *array.mComparator;
-    const std::type_info& type = typeid(array);
-    bool ownAccess = type == typeid(LArray) || type == typeid(LList) || type == typeid(MRectList);
-    if (ownAccess && array.mItemsH) {
+    if (array.HasPlainItemAccess() && array.mItemsH) {
       char* base = array.mItemsH->GetPtr();
       if (typeid(comparator) == typeid(LLongComparator)) {
         const auto& longs = static_cast<const LLongComparator&>(comparator);
