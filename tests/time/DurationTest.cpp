@@ -1,0 +1,183 @@
+// Ranges: the end and length relation, the user's drop-frame view, the
+// range questions, lists and announcements.
+#include <VantoroBasicUtils/time/CDuration.h>
+#include <VantoroBasicUtils/time/CTimecodeList.h>
+#include <VantoroBasicUtils/messaging/LListener.h>
+
+#include <gtest/gtest.h>
+
+#include <tuple>
+#include <vector>
+
+namespace {
+
+using Labels = std::tuple<unsigned, unsigned, unsigned, unsigned>;
+Labels L(const CTimecode& t) { return {t.GetHour(), t.GetMinute(), t.GetSecond(), t.GetFrame()}; }
+
+CTimecode T(unsigned short h, unsigned short m, unsigned short s, unsigned short f, double rate = 30.0) {
+  return CTimecode(h, m, s, f, rate);
+}
+
+CDuration Range(CTimecode start, CTimecode end) {
+  CDuration d;
+  d.SetStartTime(start);
+  d.SetEndTime(end);
+  return d;
+}
+
+class Log : public LListener {
+ public:
+  bool ListenToMessage(long message, void* param) override {
+    if (message == kMsgNotify) ids.push_back(static_cast<NotifyRecord*>(param)->id);
+    return true;
+  }
+  std::vector<long> ids;
+};
+
+}  // namespace
+
+TEST(CDuration, EndAndLengthRelation) {
+  CDuration d;
+  EXPECT_TRUE(d.IsNil());
+  EXPECT_EQ(d.GetTotalFrame(), 0);
+  EXPECT_EQ(L(d.GetEndTime()), (Labels{0, 0, 0, 0}));
+  EXPECT_EQ(d.GetFrameType(), kFrameType30);
+
+  CTimecode start = T(0, 0, 10, 0), length = T(0, 0, 5, 0);
+  d.SetStartTime(start);
+  d.SetDuration(length);
+  EXPECT_EQ(L(d.GetEndTime()), (Labels{0, 0, 14, 29}));
+  EXPECT_EQ(d.GetTotalFrame(), 150);
+  CTimecode end = T(0, 0, 14, 29);
+  EXPECT_FALSE(d.SetEndTime(end));
+
+  CTimecode none;
+  d.SetDuration(none);
+  EXPECT_EQ(L(d.GetEndTime()), (Labels{0, 0, 9, 29}));
+  for (CTimecode e : {T(0, 0, 10, 0), T(0, 0, 3, 0)}) {
+    d.SetEndTime(e);
+    EXPECT_EQ(L(d.GetDuration()), (Labels{0, 0, 0, 1}));
+  }
+}
+
+TEST(CDuration, RangeQuestions) {
+  CDuration five = Range(T(0, 0, 10, 0), T(0, 0, 14, 29));
+  for (auto [time, inside] : {std::pair{T(0, 0, 10, 0), true}, {T(0, 0, 14, 29), true},
+                              {T(0, 0, 9, 29), false}, {T(0, 0, 15, 0), false}}) {
+    EXPECT_EQ(five.IsInclude(time), inside);
+  }
+  CDuration a = Range(T(0, 0, 10, 0), T(0, 0, 20, 0));
+  CDuration b = Range(T(0, 0, 15, 0), T(0, 0, 25, 0));
+  CDuration touching = Range(T(0, 0, 20, 0), T(0, 0, 30, 0));
+  CDuration head = Range(T(0, 0, 10, 0), T(0, 0, 15, 0));
+  EXPECT_TRUE(a.IsOverlap(b));
+  EXPECT_FALSE(a.IsOverlap(touching));
+  EXPECT_FALSE(a.IsOverlap(a));
+  EXPECT_FALSE(a.IsOverlap(head));
+  EXPECT_TRUE(a.IsInclude(head));
+  EXPECT_FALSE(a.IsInclude(b));
+
+  // The frames both hold, whichever starts first.
+  CDuration both;
+  ASSERT_TRUE(a.GetOverlapDuration(b, &both));
+  EXPECT_EQ(L(both.GetStartTime()), (Labels{0, 0, 15, 0}));
+  EXPECT_EQ(L(both.GetEndTime()), (Labels{0, 0, 20, 0}));
+  ASSERT_TRUE(b.GetOverlapDuration(a, &both));
+  EXPECT_EQ(L(both.GetStartTime()), (Labels{0, 0, 15, 0}));
+  EXPECT_EQ(L(both.GetEndTime()), (Labels{0, 0, 20, 0}));
+  CDuration inner = Range(T(0, 0, 12, 0), T(0, 0, 13, 0));
+  ASSERT_TRUE(inner.GetOverlapDuration(a, &both));
+  EXPECT_EQ(both, inner);
+  CDuration apart = Range(T(0, 1, 0, 0), T(0, 1, 1, 0));
+  CDuration untouched = both;
+  EXPECT_FALSE(a.GetOverlapDuration(apart, &both));
+  EXPECT_EQ(both, untouched);
+}
+
+TEST(CDuration, ResolutionAndFrameType) {
+  CDuration d;
+  EXPECT_TRUE(d.SetResolution(kResolutionPAL));
+  EXPECT_EQ(d.GetStartTime().GetFrameRate(), 25.0);
+  EXPECT_EQ(d.GetDuration().GetFrameRate(), 25.0);
+  EXPECT_FALSE(d.SetFrameType(kFrameType24));
+  EXPECT_EQ(d.GetResolution(), kResolutionPAL);
+  CDuration n;
+  EXPECT_TRUE(n.SetFrameType(kFrameType25));
+  EXPECT_EQ(n.GetResolution(), kResolutionPAL);
+  EXPECT_EQ(n.GetFrameType(), kFrameType25);
+}
+
+TEST(CDuration, DropFrameView) {
+  CDuration d;
+  d.SetDropType(kDrop);
+  CTimecode length = T(0, 1, 0, 1);
+  d.SetDuration(length);
+  EXPECT_EQ(L(d.GetEndTime()), (Labels{0, 1, 0, 0}));
+  EXPECT_EQ(L(d.GetEndTimeUI()), (Labels{0, 1, 0, 2}));
+  EXPECT_EQ(L(d.GetDurationUI()), (Labels{0, 1, 0, 3}));
+  CTimecode shownEnd = T(0, 1, 0, 2);
+  d.SetEndTimeUI(shownEnd);
+  EXPECT_EQ(L(d.GetDuration()), (Labels{0, 1, 0, 1}));
+
+  CDuration later;
+  later.SetDropType(kDrop);
+  CTimecode start = T(1, 0, 0, 0), len = T(0, 12, 34, 5);
+  later.SetStartTimeUI(start);
+  later.SetDuration(len);
+  CTimecode shown = later.GetDurationUI();
+  later.SetDurationUI(shown);
+  EXPECT_EQ(L(later.GetDuration()), (Labels{0, 12, 34, 5}));
+}
+
+TEST(CDuration, AnnouncesOnItsOwnNumbers) {
+  CDuration d;
+  Log log;
+  d.AddListener(&log);
+  d.SetResolution(kResolutionNTSC);
+  d.SetDropType(kDrop);
+  CTimecode start = T(0, 0, 1, 0);
+  d.SetStartTime(start);
+  d.SetStartTime(start);
+  CTimecode end = T(0, 0, 2, 0);
+  d.SetEndTime(end);
+  d.SetEndTime(end);
+  EXPECT_EQ(log.ids, (std::vector<long>{kDurationResolutionChanged, kDurationDropTypeChanged,
+                                         kDurationStartTimeChanged, kDurationLengthChanged}));
+  CDuration copy(d);
+  EXPECT_EQ(copy, d);
+}
+
+TEST(TimeLists, OwnCopiesAndMoveToPAL) {
+  CTimecodeList times;
+  times.Change2PAL();  // empty: nothing
+  CTimecode source = T(0, 0, 1, 29);
+  times.Add(source);
+  times.Add(T(1, 2, 3, 10));
+  source.SetHour(7);  // the list holds a copy
+  times.Change2PAL();
+  EXPECT_EQ(L(*times.GetHead()), (Labels{0, 0, 1, 24}));
+  EXPECT_EQ(times.GetHead()->GetFrameRate(), 25.0);
+  EXPECT_EQ(L(*times.GetNext()), (Labels{1, 2, 3, 10}));
+  EXPECT_EQ(times.GetNext(), nullptr);
+  EXPECT_EQ(times.GetNext(), nullptr);
+  CTimecodeList copy;
+  copy = times;
+  EXPECT_EQ(copy.GetSize(), 2);
+  EXPECT_EQ(L(*copy.GetTail()), (Labels{1, 2, 3, 10}));
+
+  CDurationList ranges;
+  CDuration r;
+  CTimecode start = T(0, 0, 10, 29), length = T(0, 0, 5, 0);
+  r.SetStartTime(start);
+  r.SetDuration(length);
+  ranges.Add(r);
+  Log log;
+  ranges.GetHead()->AddListener(&log);
+  ranges.Change2PAL();
+  CDuration* pal = ranges.GetHead();
+  EXPECT_EQ(L(pal->GetStartTime()), (Labels{0, 0, 10, 24}));
+  EXPECT_EQ(L(pal->GetDuration()), (Labels{0, 0, 5, 0}));
+  EXPECT_EQ(pal->GetDuration().GetFrameRate(), 25.0);
+  EXPECT_EQ(pal->GetResolution(), kResolutionPAL);
+  EXPECT_EQ(log.ids, (std::vector<long>{kDurationResolutionChanged, kDurationStartTimeChanged}));
+}
