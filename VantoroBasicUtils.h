@@ -8,12 +8,28 @@
 #include "platform/MessageQueue.h"
 #include "platform/Sync.h"
 
+#include "text/CStringExtract.h"
+#include "text/MString.h"
+#include "text/MStringArray.h"
+#include "text/MStringList.h"
+#include "text/PathText.h"
+#include "text/TextLiteral.h"
+#include "text/UStringResources.h"
+#include "text/UStringUtils.h"
+
+#include "time/CDateTime.h"
+#include "time/CDuration.h"
+#include "time/CTimecode.h"
+#include "time/CTimecodeList.h"
+#include "time/CTimecodeParser.h"
+
 #include "containers/CVoidList.h"
 #include "containers/Handle.h"
 #include "containers/LArray.h"
 #include "containers/LArrayIterator.h"
 #include "containers/LComparator.h"
 #include "containers/MRect.h"
+#include "containers/StMemoryState.h"
 #include "containers/UMemUtils.h"
 
 #include "messaging/CBroadcastDispatcher.h"

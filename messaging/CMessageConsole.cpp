@@ -4,6 +4,8 @@
 #include <string>
 
 #include "messaging/CMessageAction.h"
+#include "platform/CodePage.h"
+#include "platform/WideText.h"
 
 namespace {
 
@@ -12,35 +14,14 @@ const unsigned short kWarning[] = {'W', 'a', 'r', 'n', 'i', 'n', 'g', '\t', 0};
 const unsigned short kInfo[] = {'I', 'n', 'f', 'o', '\t', 0};
 const unsigned short kEmpty[] = {0};
 
-// UTF-8 of a terminated UTF-16 text; a lone surrogate becomes U+FFFD.
-std::string ToUtf8(const unsigned short* text) {
-  std::string out;
-  if (!text) return out;
-  for (const unsigned short* p = text; *p; ++p) {
-    uint32_t c = *p;
-    if (c >= 0xD800 && c <= 0xDBFF && p[1] >= 0xDC00 && p[1] <= 0xDFFF) {
-      c = 0x10000 + ((c - 0xD800) << 10) + (p[1] - 0xDC00);
-      ++p;
-    } else if (c >= 0xD800 && c <= 0xDFFF) {
-      c = 0xFFFD;
-    }
-    if (c < 0x80) {
-      out += static_cast<char>(c);
-    } else if (c < 0x800) {
-      out += static_cast<char>(0xC0 | (c >> 6));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-      out += static_cast<char>(0xE0 | (c >> 12));
-      out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-      out += static_cast<char>(0xF0 | (c >> 18));
-      out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-      out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    }
-  }
-  return out;
+// A terminated 16-bit text in the system's code page (UTF-8 here).
+std::string ToSystemBytes(const unsigned short* text) {
+  if (!text) return std::string();
+  std::size_t length = vbu::wtext::Length(text);
+  std::string bytes(length * 3, '\0');  // three bytes at most for each unit
+  long n = vbu::platform::UnitsToBytes(text, length, bytes.data(), bytes.size(), vbu::platform::CodePage::kSystem);
+  bytes.resize(n < 0 ? 0 : static_cast<std::size_t>(n));
+  return bytes;
 }
 
 }  // namespace
@@ -101,8 +82,8 @@ void CMessageConsole::Message(int severity, const unsigned short* label, const u
   }
   // One write per message keeps the pieces of a message together.
   std::string line;
-  if (withLabel) line += ToUtf8(label) + '\t';
-  line += ToUtf8(text);
+  if (withLabel) line += ToSystemBytes(label) + '\t';
+  line += ToSystemBytes(text);
   if (withLineEnd) line += '\n';
   std::fwrite(line.data(), 1, line.size(), stdout);
   std::fflush(stdout);

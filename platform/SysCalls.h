@@ -14,6 +14,10 @@ namespace vbu::platform {
 struct SysCalls {
   void* (*calloc)(std::size_t count, std::size_t size);
   void (*free)(void* block);
+  // Character set conversion; a descriptor is (void*)-1 on failure.
+  void* (*iconv_open)(const char* to, const char* from);
+  std::size_t (*iconv)(void* cd, char** in, std::size_t* inLeft, char** out, std::size_t* outLeft);
+  int (*iconv_close)(void* cd);
 };
 
 // The live table: what the layer calls. Tests may change its entries.

@@ -16,12 +16,18 @@ for name in 'Handle::Resize' 'StPointerBlock::StPointerBlock' 'UMemUtils::memcpy
             'LResponder::PassNotify' 'CMessageAction::Error' 'CMessageAction::sMessageAction' \
             'CMessageConsole::CheckMessage' 'StGlobalLock::StGlobalLock' 'StSingleLock::StSingleLock' \
             'CBroadcastDispatcher::sBroadcastDispatcher' 'StBroadcasterSetup::StBroadcasterSetup' \
-            'CCriticalSection::Lock' 'CSingleLock::Unlock' 'MMessageWindow::PostMessage' 'MThreadQueue::PumpMessages'; do
+            'CCriticalSection::Lock' 'CSingleLock::Unlock' 'MMessageWindow::PostMessage' 'MThreadQueue::PumpMessages' \
+            'MString::Format' 'MString::ExportASCII' 'operator+(MString const&, MString const&)' 'MStringArray::Change' \
+            'MStringList::AddFormat' 'UStringUtils::mABuffer' 'UStringUtils::mTBuffer' 'UStringUtils::strtok' \
+            'CStringExtract::GetString' 'vbu::strcasecmp' 'vbu::basename(char*)' 'DirName(MString const&)' \
+            'UStringResources::Register' 'StMemoryState::StMemoryState' \
+            'CTimecode::Nondrop2Drop' 'CTimecode::SetTotalFrame' 'operator-(CTimecode const&, CTimecode const&)' \
+            'CTimecodeParser::Parse' 'CDuration::GetEndTimeUI' 'CDurationList::Change2PAL' 'CDateTime::IsLeapYear'; do
   if ! grep -qF -- "$name" <<<"$symbols"; then
     echo "not exported: $name"; fail=1
   fi
 done
-for pattern in 'vbu::' 'anonymous namespace' 'MoveBytes' 'EffectiveSize' 'LArrayOrdering' 'MThreadQueueState' 'ToUtf8'; do
+for pattern in 'vbu::wtext' 'vbu::platform' 'vbu::text' 'anonymous namespace' 'MoveBytes' 'EffectiveSize' 'LArrayOrdering' 'MThreadQueueState' 'ToSystemBytes'; do
   if grep -qF -- "$pattern" <<<"$symbols"; then
     echo "internal symbol exported:"; grep -F -- "$pattern" <<<"$symbols" | head -n5; fail=1
   fi

@@ -1,0 +1,24 @@
+// StMemoryState.h: an inert record that once took part in memory checking;
+// it holds a label and a state word that nothing reads.
+//
+//   StMemoryState state;                 // label empty, state 0
+//   StMemoryState copy(state);
+#pragma once
+
+#include <cstdint>
+
+#include "../platform/Export.h"
+#include "../text/MString.h"
+
+class VBU_API StMemoryState {
+ public:
+  // The label argument is dropped: the label starts empty.
+  explicit StMemoryState(unsigned short* label = nullptr);
+  StMemoryState(const StMemoryState& other) = default;
+  StMemoryState& operator=(const StMemoryState& other) = default;
+  ~StMemoryState();
+
+ private:
+  MString mLabel;
+  uint32_t mState;
+};

@@ -1,0 +1,203 @@
+// The string class: building, formatting, cutting, case, code pages and resources.
+#include <VantoroBasicUtils/text/MString.h>
+#include <VantoroBasicUtils/text/UStringResources.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+using namespace vbu::literals;
+
+namespace {
+std::u16string S(const MString& s) { return std::u16string(reinterpret_cast<const char16_t*>(static_cast<const unsigned short*>(s))); }
+}  // namespace
+
+TEST(MString, ConstructionAndAssignment) {
+  EXPECT_EQ(S(MString()), u"");
+  EXPECT_EQ(S(MString(u"abc"_u16, 2)), u"ab");
+  EXPECT_EQ(S(MString(u"a"_u16, 2)), u"a");  // stops at the terminator
+  MString s(u"text"_u16);
+  s = static_cast<const unsigned short*>(nullptr);
+  EXPECT_EQ(S(s), u"");
+  s = u"self"_u16;
+  s = s;
+  s = static_cast<const unsigned short*>(s);
+  EXPECT_EQ(S(s), u"self");
+  s = static_cast<const unsigned short*>(s) + 2;  // a pointer into its own text
+  EXPECT_EQ(S(s), u"lf");
+  MString room(10u);
+  EXPECT_EQ(room.GetLength(), 0);
+}
+
+TEST(MString, AppendingItselfOrAPartOfItself) {
+  MString s(u"ab"_u16);
+  s += s;
+  EXPECT_EQ(S(s), u"abab");
+  s += static_cast<const unsigned short*>(s) + 3;
+  EXPECT_EQ(S(s), u"ababb");
+  EXPECT_EQ(S(MString(u"x"_u16) + MString(u"y"_u16)), u"xy");
+}
+
+TEST(MString, ComparisonIsByUnitValue) {
+  MString a(u"abc"_u16), b(u"abd"_u16), prefix(u"ab"_u16);
+  EXPECT_EQ(a < b, 1);
+  EXPECT_EQ(prefix < a, 1);
+  EXPECT_EQ(a == u"abc"_u16, 1);
+  EXPECT_EQ(u"\u00e9"_u16 > MString(u"z"_u16), 1);  // unsigned units, no collation
+  EXPECT_EQ(MString(u"Abc"_u16).CaseCmp(u"aBC"_u16), 1);
+  EXPECT_EQ(a.CaseCmp(b), 0);
+  EXPECT_EQ(MString(u"\u00c4"_u16).CaseCmp(u"\u00e4"_u16), 1);
+}
+
+TEST(MString, FormatSpecifiers) {
+  MString s;
+  s.Format(u"%d%%"_u16, 5);
+  EXPECT_EQ(S(s), u"5%");
+  s.Format(u"%u|%5d|%ld"_u16);
+  EXPECT_EQ(S(s), u"u|5d|ld");  // no flags, widths or modifiers: nothing is taken
+  s.Format(u"%x %d %f %s!"_u16, 255, -42, 1.5, u"txt"_u16);
+  EXPECT_EQ(S(s), u"ff -42 1.500000 txt!");
+  s.Format(u"%x"_u16, -1);
+  EXPECT_EQ(S(s), u"ffffffff");
+  s.Format(u"a%s"_u16, static_cast<const unsigned short*>(nullptr));
+  EXPECT_EQ(S(s), u"a");
+  MString self(u"me"_u16);
+  self.Format(u"[%s]"_u16, static_cast<const unsigned short*>(self));  // its own text as argument
+  EXPECT_EQ(S(self), u"[me]");
+  s.Format(u""_u16);
+  EXPECT_EQ(s.GetLength(), 0);
+}
+
+TEST(MString, FormatNeverPassesItsLimitOrTheFormat) {
+  MString s;
+  s.Format(u"abc%"_u16);  // a lone % at the end
+  EXPECT_EQ(S(s), u"abc");
+  std::u16string big(20000, u'x');
+  s.Format(vbu::ToUnits(big.c_str()));
+  EXPECT_EQ(s.GetLength(), 8191);
+  s.Format(u"%s%s"_u16, vbu::ToUnits(big.c_str()), vbu::ToUnits(big.c_str()));
+  EXPECT_EQ(s.GetLength(), 8191);
+  // Wide numbers near the end of the room are cut, not written past it.
+  std::u16string nearFull(8180, u'y');
+  nearFull += u"%f%d%x%f";
+  s.Format(vbu::ToUnits(nearFull.c_str()), 1e300, -2147483647, -1, -1e300);
+  EXPECT_EQ(s.GetLength(), 8191);
+  s.Format(u"%f"_u16, 1e308);
+  EXPECT_EQ(s.GetLength(), 309 + 7);
+  EXPECT_LE(s.GetLength(), 8191);
+}
+
+TEST(MString, CuttingSplittingAndTrimming) {
+  MString s(u"abcde"_u16);
+  EXPECT_EQ(s.Cut(2, 100), 3);
+  EXPECT_EQ(S(s), u"cde");
+  for (auto [start, length] : {std::pair{0, 0}, {9, 2}, {1, -1}, {-1, 2}}) {
+    MString t(u"abc"_u16);
+    EXPECT_EQ(t.Cut(start, length), 0);
+    EXPECT_EQ(t.GetLength(), 0);
+  }
+  MString path(u"dir/sub/file.vob"_u16), left, right;
+  path.Split('/', left, right, true);
+  EXPECT_EQ(S(left), u"dir");
+  EXPECT_EQ(S(right), u"sub/file.vob");
+  path.Split('/', left, right, false);
+  EXPECT_EQ(S(left), u"dir/sub");
+  EXPECT_EQ(S(right), u"file.vob");
+  MString plain(u"name"_u16);
+  plain.Split('.', left, right, false);  // no separator: all of it is the left part
+  EXPECT_EQ(S(left), u"name");
+  EXPECT_EQ(S(right), u"");
+  plain.Split('a', plain, right, true);  // the parts may be the string itself
+  EXPECT_EQ(S(plain), u"n");
+
+  MString t(u"abc  \n\n"_u16);
+  t.RemoveTailSpaceAndCR(true);
+  EXPECT_EQ(S(t), u"abc");
+  MString u(u"abc\n  "_u16);
+  u.RemoveTailSpaceAndCR(true);
+  EXPECT_EQ(S(u), u"abc\n");  // line feeds are looked at first, blanks second
+  MString v(u"  \r x\n"_u16);
+  v.RemoveHeadSpace(false);
+  EXPECT_EQ(S(v), u" \r x\n");
+  v.RemoveHeadSpace(true);
+  v.StripNewline();
+  EXPECT_EQ(S(v), u"\r x");
+  MString empty;
+  empty.StripNewline();
+  EXPECT_FALSE(empty.RemoveTailChar('x'));
+  EXPECT_FALSE(empty.RemoveHeadChar('x'));
+  EXPECT_TRUE(v.RemoveHeadChar('\r'));
+  EXPECT_EQ(S(v), u" x");
+}
+
+TEST(MString, CaseAndCharacterChanges) {
+  MString s(u"\u00e4bc-\u0142"_u16);
+  s.Change2Upper();
+  EXPECT_EQ(S(s), u"\u00c4BC-\u0141");
+  s.Change2Lower();
+  EXPECT_EQ(S(s), u"\u00e4bc-\u0142");
+  MString path(u"a.b.c"_u16);
+  path.ChangeChar('.', '/');
+  EXPECT_EQ(S(path), u"a/b/c");
+  path.ChangeChar('/', 0);  // a zero cuts the text at the first one
+  EXPECT_EQ(S(path), u"a");
+}
+
+TEST(MString, BytesInAndOut) {
+  MString s;
+  s.ImportASCII("abc", 0);
+  EXPECT_EQ(S(s), u"");
+  s.ImportASCII("abc", 2);
+  EXPECT_EQ(S(s), u"ab");
+  s.ImportASCII("gr\xC3\xBC\xC3\x9F", -1);  // UTF-8, the system's code page
+  EXPECT_EQ(S(s), u"gr\u00fc\u00df");
+  s.ImportASCII("a\xFF" "b", -1);  // no character: U+FFFD, and nothing lost after it
+  EXPECT_EQ(S(s), u"a\ufffdb");
+
+  char out[8];
+  MString five(u"h\u00e9llo"_u16);  // six bytes in UTF-8
+  EXPECT_EQ(five.ExportASCII(out, 6, kCharacterSetWindows), 6);
+  EXPECT_STREQ(out, "h\xC3\xA9llo");
+  std::memset(out, 'z', sizeof out);
+  EXPECT_EQ(five.ExportASCII(out, 5, kCharacterSetWindows), 0);  // one byte short: nothing, never cut
+  EXPECT_EQ(out[0], 0);
+  EXPECT_EQ(five.ExportASCII(out, 7, kCharacterSetMacintosh), 5);
+  EXPECT_STREQ(out, "h\x8Ello");  // Mac Roman
+  MString none;
+  out[0] = 'q';
+  EXPECT_EQ(none.ExportASCII(out, 7, kCharacterSetWindows), 0);
+  EXPECT_EQ(out[0], 0);
+
+  unsigned short units[10];
+  MString abc(u"abc"_u16);
+  EXPECT_EQ(abc.ExportUnicode(units, 10), 10);
+  EXPECT_EQ(units[3], 0);
+  EXPECT_EQ(units[9], 0);
+  EXPECT_EQ(abc.ExportUnicode(units, 3), 2);
+  EXPECT_EQ(units[1], 'b');
+  EXPECT_EQ(units[2], 0);
+
+  char bytes[] = "\x80\xA9\xE9" "a";
+  s.DoMapWindowsCharactersToASCII(bytes, 4);
+  EXPECT_STREQ(bytes, "\x20\xA9\x8E" "a");
+}
+
+TEST(MString, LoadStrFromRegisteredTables) {
+  UStringResources::Register(UStringResources::DefaultModule(), 101, u"Disc full"_u16);
+  UStringResources::Register(nullptr, 7, u"program text"_u16);
+  std::u16string longText(300, u'p');
+  UStringResources::Register(u"plugin.dll"_u16, 1, vbu::ToUnits(longText.c_str()));
+  MString s;
+  s.LoadStr(101);
+  EXPECT_EQ(S(s), u"Disc full");
+  s.LoadStr(7, u"NOT-LOADED.dll"_u16);  // a module without table: the program's
+  EXPECT_EQ(S(s), u"program text");
+  s.LoadStr(1, u"PLUGIN.DLL"_u16);  // module names are case-blind; texts stop at 255 units
+  EXPECT_EQ(s.GetLength(), 255);
+  s.LoadStr(999, u"plugin.dll"_u16);
+  EXPECT_EQ(s.GetLength(), 0);
+  UStringResources::Unregister(nullptr);
+  s.LoadStr(7, u"NOT-LOADED.dll"_u16);
+  EXPECT_EQ(s.GetLength(), 0);
+}

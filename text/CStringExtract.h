@@ -1,0 +1,20 @@
+// CStringExtract.h: taking a quoted word out of a line. Positions count
+// units from the start of the text; 0 means no double quote.
+//
+//   int at = CStringExtract::SeekLeftDoubleQuat(line);        // behind the opening quote
+//   int step = CStringExtract::GetString(line + at, word);    // word up to the closing one
+#pragma once
+
+#include "../platform/Export.h"
+
+class VBU_API CStringExtract {
+ public:
+  // The position just behind the first double quote; 0 if there is none.
+  static int SeekLeftDoubleQuat(unsigned short* text);
+  // Copies what stands before the first double quote into `result` (which
+  // must hold it) and gives the position behind that quote; with no quote,
+  // an empty result and 0.
+  static int GetString(unsigned short* text, unsigned short* result);
+  static int SeekLeftDoubleQuatChar(const char* text);
+  static int GetStringChar(const char* text, char* result);
+};
