@@ -315,12 +315,22 @@ void CTimecode::Nondrop2Drop(const CTimecode& reference, CTimecode* result) {
   // reference one pass settles it; far from it (some 16 h 40 min on) the
   // estimate can fall a whole minute mark short, and the pass lands on a
   // label that drop-frame forbids, so the correction repeats and the legal
-  // label rule runs once more on what it settles on.
+  // label rule runs once more on what it settles on. A reference that is
+  // itself such a label leaves two plain frames with no label that converts
+  // back exactly; the correction then swings between two values, and the
+  // later one (which the legal label rule moves on) is taken.
+  long previous = -1;
   for (int pass = 0; pass < 8; ++pass) {
     CTimecode plain;
     a.Drop2Nondrop(reference, &plain);
-    long corrected = total + a.GetTotalFrame() - plain.GetTotalFrame();
-    if (corrected == a.GetTotalFrame()) break;
+    long current = a.GetTotalFrame();
+    long corrected = total + current - plain.GetTotalFrame();
+    if (corrected == current) break;
+    if (corrected == previous) {
+      if (corrected > current) a.SetTotalFrame(corrected, kFrameType30);
+      break;
+    }
+    previous = current;
     a.SetTotalFrame(corrected, kFrameType30);
   }
   legal = LegalDropLabel(a.GetTotalFrame(), a.GetMinute());
