@@ -3,9 +3,14 @@
 // static constructors may already report through CMessageAction), and die in
 // the reverse order at unload. Each service is reached through a static
 // getter that gives its address.
+#include "bytes/CAppBits.h"
 #include "containers/LArray.h"
 #include "messaging/CMessageAction.h"
 #include "messaging/StGlobalLock.h"
+
+// The bit cursor's mask tables are constant-initialised; this records, first
+// of all, that they are complete.
+bool CAppBits::sByteMasksInitialized = CAppBits::InitializeByteMasks();
 
 // The shared comparators of arrays made without one of their own.
 LLongComparator LArray::sLongComparator;

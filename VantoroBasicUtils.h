@@ -23,6 +23,10 @@
 #include "time/CTimecodeList.h"
 #include "time/CTimecodeParser.h"
 
+#include "bytes/ByteOrder.h"
+#include "bytes/CAppBits.h"
+#include "bytes/UByteSwapper.h"
+
 #include "containers/CVoidList.h"
 #include "containers/Handle.h"
 #include "containers/LArray.h"

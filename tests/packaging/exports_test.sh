@@ -22,7 +22,9 @@ for name in 'Handle::Resize' 'StPointerBlock::StPointerBlock' 'UMemUtils::memcpy
             'CStringExtract::GetString' 'vbu::strcasecmp' 'vbu::basename(char*)' 'DirName(MString const&)' \
             'UStringResources::Register' 'StMemoryState::StMemoryState' \
             'CTimecode::Nondrop2Drop' 'CTimecode::SetTotalFrame' 'operator-(CTimecode const&, CTimecode const&)' \
-            'CTimecodeParser::Parse' 'CDuration::GetEndTimeUI' 'CDurationList::Change2PAL' 'CDateTime::IsLeapYear'; do
+            'CTimecodeParser::Parse' 'CDuration::GetEndTimeUI' 'CDurationList::Change2PAL' 'CDateTime::IsLeapYear' \
+            'CAppBits::GetBits' 'CAppBits::sFirstByteMasks' 'CAppBytes::GetBytes' 'GetMB32' 'SetLB16' \
+            'UByteSwapper::Swap(char*, short)' 'UByteSwapper::SwapUL'; do
   if ! grep -qF -- "$name" <<<"$symbols"; then
     echo "not exported: $name"; fail=1
   fi
