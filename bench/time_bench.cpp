@@ -1,5 +1,7 @@
 // Timecode conversions in operations per second.
+#include <VantoroBasicUtils/text/MString.h>
 #include <VantoroBasicUtils/time/CTimecode.h>
+#include <VantoroBasicUtils/time/CTimecodeParser.h>
 
 #include <benchmark/benchmark.h>
 
@@ -36,5 +38,43 @@ void BM_Drop2Nondrop(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_Drop2Nondrop);
+
+}  // namespace
+
+namespace {
+
+void BM_PrintText(benchmark::State& state) {
+  CTimecode t(10, 33, 20, 7, 25.0);
+  MString text;
+  for (auto _ : state) {
+    t.GetTime(&text);
+    benchmark::DoNotOptimize(static_cast<const unsigned short*>(text));
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_PrintText);
+
+void BM_ParseText(benchmark::State& state) {
+  unsigned short text[] = {'1', '0', ':', '3', '3', ':', '2', '0', ';', '0', '7', 0};
+  for (auto _ : state) {
+    CTimecodeParser parser;
+    parser.Parse(text, false);
+    CTimecode t = parser.GetTime();
+    benchmark::DoNotOptimize(t.GetFrame());
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_ParseText);
+
+void BM_SetTimeFromText(benchmark::State& state) {
+  unsigned short text[] = {'1', '0', ':', '3', '3', ':', '2', '0', ':', '0', '7', 0};
+  CTimecode t;
+  for (auto _ : state) {
+    t.SetTime(text);
+    benchmark::DoNotOptimize(t.GetFrame());
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_SetTimeFromText);
 
 }  // namespace

@@ -180,3 +180,17 @@ TEST(StGlobalLock, IsReentrantAndExcludesOtherThreads) {
   EXPECT_TRUE(mine.Lock(0));
   mine.Unlock();
 }
+
+namespace {
+// A host's static object that reports while the program is still starting.
+struct EarlyReporter {
+  EarlyReporter() {
+    const unsigned short text[] = {'e', 'a', 'r', 'l', 'y', 0};
+    CMessageAction::Error(nullptr, text, 64);  // no window: nothing shows, but the service is there
+    ready = CMessageAction::GetMessageAction() != nullptr && CMessageAction::GetWindowType(0) == 1;
+  }
+  bool ready = false;
+} gEarlyReporter;
+}  // namespace
+
+TEST(MessageActionStartup, ReadyForTheHostsStaticConstructors) { EXPECT_TRUE(gEarlyReporter.ready); }
