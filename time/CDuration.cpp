@@ -22,40 +22,32 @@ CTimecode CDuration::OneFrame() const { return CTimecode(0, 0, 0, 1, mStartTime.
 
 // ---- setters
 
-bool CDuration::SetResolution(resolution_t resolution) {
-  resolution_t value = ValidateResolution(resolution);
-  if (value == GetResolution()) return false;
-  mResolution = value;
-  TrickleDownResolutionChange();
-  Notify(kDurationResolutionChanged, 0, 0);
+template <class T>
+bool CDuration::Store(T& field, const T& value, void (CDuration::*hook)(), long message) {
+  if (value == field) return false;
+  field = value;
+  (this->*hook)();
+  Notify(message, 0, 0);
   return true;
+}
+
+bool CDuration::SetResolution(resolution_t resolution) {
+  return Store(mResolution, ValidateResolution(resolution), &CDuration::TrickleDownResolutionChange,
+               kDurationResolutionChanged);
 }
 
 bool CDuration::SetDropType(drop_nondrop_t dropType) {
-  drop_nondrop_t value = ValidateDropType(dropType);
-  if (value == GetDropType()) return false;
-  mDropType = value;
-  TrickleDownDropTypeChange();
-  Notify(kDurationDropTypeChanged, 0, 0);
-  return true;
+  return Store(mDropType, ValidateDropType(dropType), &CDuration::TrickleDownDropTypeChange,
+               kDurationDropTypeChanged);
 }
 
 bool CDuration::SetStartTime(CTimecode& start) {
-  CTimecode value = ValidateStartTime(start);
-  if (value == mStartTime) return false;
-  mStartTime = value;
-  TrickleDownStartTimeChange();
-  Notify(kDurationStartTimeChanged, 0, 0);
-  return true;
+  return Store(mStartTime, ValidateStartTime(start), &CDuration::TrickleDownStartTimeChange,
+               kDurationStartTimeChanged);
 }
 
 bool CDuration::SetDuration(CTimecode& length) {
-  CTimecode value = ValidateDuration(length);
-  if (value == mDuration) return false;
-  mDuration = value;
-  TrickleDownDurationChange();
-  Notify(kDurationLengthChanged, 0, 0);
-  return true;
+  return Store(mDuration, ValidateDuration(length), &CDuration::TrickleDownDurationChange, kDurationLengthChanged);
 }
 
 bool CDuration::SetEndTime(CTimecode& end) {

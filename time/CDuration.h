@@ -92,6 +92,9 @@ class VBU_API CDuration : public LNotifier {
  private:
   // 00:00:00:01 at the start's frame type.
   CTimecode OneFrame() const;
+  // The body of the setters: compare with the stored value, store, hook, announce.
+  template <class T>
+  bool Store(T& field, const T& value, void (CDuration::*hook)(), long message);
 
   resolution_t mResolution;
   drop_nondrop_t mDropType;
