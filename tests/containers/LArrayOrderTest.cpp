@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
 
 #include "support/ArrayProbe.h"
@@ -16,6 +15,7 @@ namespace {
 struct Record {
   int32_t key;
   int32_t tag;
+  bool operator==(const Record&) const = default;
 };
 
 class ByKey : public LComparator {
@@ -33,63 +33,63 @@ class ByKey : public LComparator {
   int* mCalls;
 };
 
-std::vector<Record> RecordsOf(const LArray& a) { return ItemsOf<Record>(a); }
+struct Descending : LComparator {
+  long Compare(const void* a, const void* b, unsigned long, unsigned long) const override {
+    return *static_cast<const int32_t*>(b) - *static_cast<const int32_t*>(a);
+  }
+};
 
 }  // namespace
 
-TEST(Comparators, LongComparatorSubtractsThirtyTwoBitWords) {
-  LLongComparator c;
-  int32_t five = 5, three = 3, minus = -1, one = 1;
-  EXPECT_GT(c.Compare(&five, &three, 0, 0), 0);
-  EXPECT_LT(c.Compare(&minus, &one, 0, 0), 0);
-  EXPECT_TRUE(c.IsEqualTo(&five, &five, 1, 99));  // sizes are not read
-  int32_t big = 0x7FFFFFFF, low = -2;
-  EXPECT_LT(c.Compare(&big, &low, 4, 4), 0);  // too far apart: the wrapped difference lies
-}
-
-TEST(Comparators, BytesComparatorOrdersUnsignedThenShorterFirst) {
-  LComparator c;
+TEST(Comparators, LongsSubtractAndBytesOrderUnsignedThenShorterFirst) {
+  LLongComparator longs;
+  int32_t five = 5, three = 3, big = 0x7FFFFFFF, low = -2;
+  EXPECT_GT(longs.Compare(&five, &three, 0, 0), 0);
+  EXPECT_LT(longs.Compare(&three, &five, 0, 0), 0);
+  EXPECT_TRUE(longs.IsEqualTo(&five, &five, 1, 99));  // sizes are not read
+  EXPECT_LT(longs.Compare(&big, &low, 4, 4), 0);      // too far apart: the wrapped difference lies
+  LComparator bytes;
   unsigned char hi = 0x80, lo = 0x7F;
-  EXPECT_GT(c.Compare(&hi, &lo, 1, 1), 0);
-  EXPECT_LT(c.Compare("ab", "abc", 2, 3), 0);
-  EXPECT_EQ(c.CompareToKey("a", 1, "a"), 1);  // no keys in the base class
-  EXPECT_FALSE(c.IsEqualToKey("a", 1, "a"));
+  EXPECT_GT(bytes.Compare(&hi, &lo, 1, 1), 0);
+  EXPECT_LT(bytes.Compare("ab", "abc", 2, 3), 0);
+  EXPECT_EQ(bytes.CompareToKey("a", 1, "a"), 1);  // no keys in the base class
+  EXPECT_FALSE(bytes.IsEqualToKey("a", 1, "a"));
 }
 
-TEST(LArraySort, SortsInComparatorOrderAtEveryGapSize) {
-  std::mt19937 rng(7);
-  for (int n : {0, 1, 2, 17, 18, 44, 45, 100, 126, 369, 1000, 5000}) {
-    LArray a(4);
-    V model;
-    for (int i = 0; i < n; ++i) {
-      int32_t v = static_cast<int32_t>(rng() % 1000) - 500;
-      a.InsertItemsAt(1, kLastIndex, &v, 0);
-      model.push_back(v);
+TEST(LArraySort, PlacesEqualItemsAsTheShellSortWithGaps1_4_13_40) {
+  // Keys with many repeats: the order of equal items shows which gaps ran.
+  // Below 18 items there is a single pass with gap 1: a stable sort.
+  auto reference = [](std::vector<Record> r) {
+    long n = static_cast<long>(r.size()), gap = 1;
+    if (n / 9 > 1) while (gap < n / 9) gap = 3 * gap + 1;
+    for (; gap > 0; gap /= 3) {
+      for (long i = gap; i < n; ++i) {
+        Record held = r[i];
+        long j = i - gap;
+        for (; j >= 0 && held.key < r[j].key; j -= gap) r[j + gap] = r[j];
+        r[j + gap] = held;
+      }
     }
+    return r;
+  };
+  std::mt19937 rng(7);
+  for (int n : {0, 1, 2, 17, 18, 44, 45, 100, 125, 126, 368, 369, 1000, 3000}) {
+    LArray a(sizeof(Record), new ByKey);
+    std::vector<Record> records;
+    for (int32_t i = 0; i < n; ++i) records.push_back({static_cast<int32_t>(rng() % 7), i});
+    for (Record& r : records) a.InsertItemsAt(1, kLastIndex, &r, 0);
     a.Sort();
-    std::sort(model.begin(), model.end());
-    EXPECT_EQ(ItemsOf(a), model) << n;
+    auto sorted = reference(records);
+    EXPECT_EQ(ItemsOf<Record>(a), sorted) << n;
+    if (n < 18) {
+      std::stable_sort(records.begin(), records.end(), [](auto& x, auto& y) { return x.key < y.key; });
+      EXPECT_EQ(sorted, records) << n;
+    }
     EXPECT_TRUE(a.IsSorted() || n < 2);
   }
 }
 
-TEST(LArraySort, FewerThanEighteenItemsSortStably) {
-  LArray a(sizeof(Record), new ByKey);
-  for (int32_t i = 0; i < 17; ++i) {
-    Record r{i % 3, i};
-    a.InsertItemsAt(1, kLastIndex, &r, 0);
-  }
-  a.Sort();
-  auto records = RecordsOf(a);
-  for (size_t i = 1; i < records.size(); ++i) {
-    ASSERT_LE(records[i - 1].key, records[i].key);
-    if (records[i - 1].key == records[i].key) {
-      ASSERT_LT(records[i - 1].tag, records[i].tag);
-    }
-  }
-}
-
-TEST(LArraySort, AlreadySortedArrayIsLeftAloneUntilInvalidated) {
+TEST(LArraySort, SortedStateIsTrustedUntilInvalidated) {
   LArray a(4);
   Append(a, {3, 1, 2});
   a.Sort();
@@ -100,59 +100,57 @@ TEST(LArraySort, AlreadySortedArrayIsLeftAloneUntilInvalidated) {
   a.Sort();
   EXPECT_EQ(ItemsOf(a), (V{2, 3, 9}));
 
-  LArray one(4);
+  LArray one(4);  // fewer than two items: the state stays as it was
   Append(one, {1});
+  one.Sort();
   EXPECT_FALSE(one.IsSorted());
-  one.Sort();  // fewer than two items: the state stays as it was
-  EXPECT_FALSE(one.IsSorted());
+  LArray fresh(4);  // a fresh array counts as sorted, and a new comparator clears it
+  EXPECT_TRUE(fresh.IsSorted());
+  Append(fresh, {1, 2});
+  fresh.Sort();
+  fresh.SetComparator(new Descending);
+  EXPECT_FALSE(fresh.IsSorted());
 }
 
-TEST(LArraySearch, BinaryAndLinearSearchFindTheSameItems) {
-  LArray a(4);
-  Append(a, {1, 2, 2, 2, 3});
-  int32_t two = 2;
-  EXPECT_EQ(a.FetchIndexOf(&two), 1 + 1);  // linear: the first
-  a.Sort();
-  EXPECT_EQ(a.FetchIndexOf(&two), 3);  // binary: the first middle
-  EXPECT_EQ(a.FetchInsertIndexOf(&two), 3);
-  int32_t four = 4;
-  EXPECT_EQ(a.FetchIndexOf(&four), kBadIndex);
-}
-
-TEST(LArraySearch, InsertIndexOfASortedArray) {
+TEST(LArraySearch, LinearBinaryAndInsertIndices) {
   LArray a(4);
   int32_t x = 5;
   EXPECT_EQ(a.FetchInsertIndexOf(&x), 1);  // new and empty: counts as sorted
-  Append(a, {10, 20, 30});
+  Append(a, {1, 2, 2, 2, 3});
   EXPECT_EQ(a.FetchInsertIndexOf(&x), kLastIndex);  // unsorted: the caller appends
-  a.Sort();
+  for (auto [v, linear, binary, insert] : {std::tuple{2, 2L, 3L, 3L}, {1, 1L, 1L, 1L}, {3, 5L, 5L, 5L},
+                                           {4, kBadIndex, kBadIndex, 6L}, {0, kBadIndex, kBadIndex, 1L}}) {
+    a.InvalidateSort();
+    EXPECT_EQ(a.FetchIndexOf(&v), linear) << v;  // linear: the first
+    a.Sort();
+    EXPECT_EQ(a.FetchIndexOf(&v), binary) << v;  // binary: the first middle met
+    EXPECT_EQ(a.FetchInsertIndexOf(&v), insert) << v;
+  }
+  LArray tens(4);
+  Append(tens, {10, 20, 30});
+  tens.Sort();
   for (auto [v, at] : {std::pair{5, 1}, {15, 2}, {25, 3}, {35, 4}, {10, 1}, {30, 3}}) {
-    EXPECT_EQ(a.FetchInsertIndexOf(&v), at) << v;
+    EXPECT_EQ(tens.FetchInsertIndexOf(&v), at) << v;
   }
 }
 
-TEST(LArraySearch, EmptyArrayDoesNotAskTheComparator) {
+TEST(LArraySearch, ByKeyAndWithoutAskingAnEmptyArray) {
   int calls = 0;
-  LArray a(sizeof(Record), new ByKey(&calls));
+  LArray a(sizeof(Record), new ByKey(&calls), true);
   Record r{1, 1};
   EXPECT_EQ(a.FetchIndexOf(&r), kBadIndex);
   EXPECT_EQ(a.FetchIndexOfKey(&r.key), kBadIndex);
   EXPECT_EQ(calls, 0);
-}
-
-TEST(LArraySearch, ByKey) {
-  LArray a(sizeof(Record), new ByKey, true);
   for (int32_t k : {30, 10, 20}) {
-    Record r{k, k * 10};
+    r = {k, k * 10};
     a.InsertItemsAt(1, kLastIndex, &r, 0);
   }
-  int32_t key = 20;
-  EXPECT_EQ(a.FetchIndexOfKey(&key), 2);
-  key = 25;
-  EXPECT_EQ(a.FetchIndexOfKey(&key), kBadIndex);
-  EXPECT_EQ(a.FetchInsertIndexOfKey(&key), 3);
+  for (auto [key, at, insertAt] : {std::tuple{20, 2L, 2L}, {25, kBadIndex, 3L}, {5, kBadIndex, 1L}}) {
+    EXPECT_EQ(a.FetchIndexOfKey(&key), at) << key;
+    EXPECT_EQ(a.FetchInsertIndexOfKey(&key), insertAt) << key;
+  }
   a.InvalidateSort();
-  key = 10;
+  int32_t key = 10;
   EXPECT_EQ(a.FetchIndexOfKey(&key), 1);  // linear by key
 
   LArray plain(4);  // the base comparator knows no keys
@@ -169,66 +167,34 @@ TEST(LArrayKeepSorted, InsertsAtTheSortedPlaceWhateverTheIndex) {
     Record r{k, ++tag};
     a.InsertItemsAt(1, k == 2 ? 1 : kLastIndex, &r, 0);
   }
-  auto records = RecordsOf(a);
-  ASSERT_EQ(records.size(), 4u);
-  EXPECT_EQ(records[0].key, 1);
-  EXPECT_EQ(records[1].tag, 4);  // the later equal item lands before the one found
-  EXPECT_EQ(records[2].tag, 3);
-  EXPECT_EQ(records[3].key, 3);
-  EXPECT_TRUE(a.IsSorted());
-
+  // The later equal item lands before the one found.
+  EXPECT_EQ(ItemsOf<Record>(a), (std::vector<Record>{{1, 2}, {2, 4}, {2, 3}, {3, 1}}));
   a.SwapItems(1, 4);  // refused on a kept-sorted array
   a.MoveItem(1, 4);
-  EXPECT_EQ(RecordsOf(a)[0].key, 1);
-
   Record r{0, 99};
   a.AssignItemsAt(1, 4, &r, 0);  // a removal and a sorted insertion
-  records = RecordsOf(a);
-  EXPECT_EQ(records[0].tag, 99);
-  EXPECT_EQ(records[3].key, 2);
+  EXPECT_EQ(ItemsOf<Record>(a), (std::vector<Record>{{0, 99}, {1, 2}, {2, 4}, {2, 3}}));
 }
 
-TEST(LArrayKeepSorted, SetKeepSortedAndSetComparator) {
+TEST(LArrayKeepSorted, SetKeepSortedAndSetComparatorSortAtOnce) {
   LArray a(4);
   Append(a, {3, 1, 2});
   a.SetKeepSorted(true);
   EXPECT_EQ(ItemsOf(a), (V{1, 2, 3}));
-
-  // Descending order: the array sorts at once, as it keeps itself sorted.
-  struct Descending : LComparator {
-    long Compare(const void* a, const void* b, unsigned long, unsigned long) const override {
-      return *static_cast<const int32_t*>(b) - *static_cast<const int32_t*>(a);
-    }
-  };
   a.SetComparator(new Descending);
   EXPECT_EQ(ItemsOf(a), (V{3, 2, 1}));
   a.SetComparator(nullptr);  // ignored
-  EXPECT_EQ(ItemsOf(a), (V{3, 2, 1}));
   a.SetComparator(a.GetComparator());  // the same object again must not be freed
   int32_t x = 2;
   EXPECT_EQ(a.FetchIndexOf(&x), 2);
+  EXPECT_EQ(ItemsOf(a), (V{3, 2, 1}));
 
-  LArray one(4);
-  Append(one, {5});
-  one.Sort();
-  EXPECT_FALSE(one.IsSorted());
-  LArray sortedOne(4);  // a fresh array counts as sorted, and one item does not change it
-  sortedOne.SetComparator(new Descending);
-  EXPECT_TRUE(sortedOne.IsSorted());
-  Append(sortedOne, {1, 2});
-  sortedOne.Sort();
-  sortedOne.SetComparator(new LLongComparator);
-  EXPECT_FALSE(sortedOne.IsSorted());
-}
-
-TEST(LArrayKeepSorted, KeptButUnsortedArrayAppendsAndThenCountsAsSorted) {
-  LArray a(4);
-  Append(a, {9});
-  a.SetKeepSorted(true);  // one item that counts as unsorted: no sort happens
-  EXPECT_FALSE(a.IsSorted());
-  int32_t x = 1;
-  EXPECT_EQ(a.InsertItemsAt(1, 1, &x, 0), 2);  // appended
-  EXPECT_TRUE(a.IsSorted());
+  LArray b(4);
+  Append(b, {9});
+  b.SetKeepSorted(true);  // one item that counts as unsorted: no sort happens
+  EXPECT_FALSE(b.IsSorted());
+  EXPECT_EQ(b.InsertItemsAt(1, 1, &x, 0), 2);  // appended, and then it counts as sorted
+  EXPECT_TRUE(b.IsSorted());
 }
 
 namespace {
@@ -250,36 +216,30 @@ TEST(LArraySearch, BuiltInAndReplacedOperationsGiveTheSameResults) {
   // so any difference between the two routes would show in the indices.
   std::mt19937 rng(99);
   for (int round = 0; round < 30; ++round) {
-    size_t n = 1 + rng() % 300;
-    V values(n);
+    V values(1 + rng() % 300);
     for (auto& v : values) v = static_cast<int32_t>(rng() % 40) - 20;
-
-    LArray builtIn(4);
-    OwnAccessArray ownAccess(4);
-    LArray ownComparator(4, new OwnLongComparator);
-    LArray bytes(4, new OwnBytesComparator);  // byte order, through the virtual route
-    LArray builtInBytes(4);
+    LArray builtIn(4), builtInBytes(4);
     builtInBytes.SetComparator(new LComparator);
-    LArray* arrays[] = {&builtIn, &ownAccess, &ownComparator, &bytes, &builtInBytes};
+    OwnAccessArray ownAccess(4);
+    LArray ownComparator(4, new OwnLongComparator), ownBytes(4, new OwnBytesComparator);
+    LArray* arrays[] = {&builtIn, &ownAccess, &ownComparator, &builtInBytes, &ownBytes};
     for (LArray* a : arrays) {
       for (int32_t v : values) a->InsertItemsAt(1, kLastIndex, &v, 0);
       a->Sort();
     }
     EXPECT_EQ(ItemsOf(builtIn), ItemsOf(ownAccess));
     EXPECT_EQ(ItemsOf(builtIn), ItemsOf(ownComparator));
-    EXPECT_EQ(ItemsOf(bytes), ItemsOf(builtInBytes));
+    EXPECT_EQ(ItemsOf(builtInBytes), ItemsOf(ownBytes));
     for (int32_t probe = -22; probe <= 22; ++probe) {
-      long found = builtIn.FetchIndexOf(&probe);
-      long place = builtIn.FetchInsertIndexOf(&probe);
-      EXPECT_EQ(found, ownAccess.FetchIndexOf(&probe)) << probe;
-      EXPECT_EQ(found, ownComparator.FetchIndexOf(&probe)) << probe;
-      EXPECT_EQ(place, ownAccess.FetchInsertIndexOf(&probe)) << probe;
-      EXPECT_EQ(bytes.FetchIndexOf(&probe), builtInBytes.FetchIndexOf(&probe)) << probe;
-      EXPECT_EQ(bytes.FetchInsertIndexOf(&probe), builtInBytes.FetchInsertIndexOf(&probe)) << probe;
-      for (LArray* a : arrays) a->InvalidateSort();  // linear route too
-      EXPECT_EQ(builtIn.FetchIndexOf(&probe), ownAccess.FetchIndexOf(&probe)) << probe;
-      EXPECT_EQ(bytes.FetchIndexOf(&probe), builtInBytes.FetchIndexOf(&probe)) << probe;
-      for (LArray* a : arrays) a->Sort();
+      for (bool sorted : {true, false}) {
+        for (LArray* a : arrays) sorted ? a->Sort() : a->InvalidateSort();
+        for (LArray* a : {static_cast<LArray*>(&ownAccess), &ownComparator}) {
+          EXPECT_EQ(builtIn.FetchIndexOf(&probe), a->FetchIndexOf(&probe)) << probe;
+          EXPECT_EQ(builtIn.FetchInsertIndexOf(&probe), a->FetchInsertIndexOf(&probe)) << probe;
+        }
+        EXPECT_EQ(builtInBytes.FetchIndexOf(&probe), ownBytes.FetchIndexOf(&probe)) << probe;
+        EXPECT_EQ(builtInBytes.FetchInsertIndexOf(&probe), ownBytes.FetchInsertIndexOf(&probe)) << probe;
+      }
     }
   }
 }

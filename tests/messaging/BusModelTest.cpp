@@ -8,8 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
-#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -22,21 +20,20 @@ constexpr int kBroadcasters = 3;
 constexpr int kListeners = 6;
 constexpr long kProbe = 1000;
 
-class World;
-
-// What a listener does when it hears the probe message, once.
+// The changes a run or a listener makes, on the real objects or on the model.
+enum Op { kNone, kAdd, kRemove, kKillListener, kKillBroadcaster, kStopListening };
 struct Reaction {
-  enum Kind { kNone, kRemoveSelf, kRemoveOther, kDestroySelf, kDestroyOther, kDestroyBroadcaster, kAddOther, kStopListening };
-  Kind kind = kNone;
-  int broadcaster = 0;  // for remove, add, destroy broadcaster
-  int listener = 0;     // the other listener
+  Op op = kNone;
+  int broadcaster = 0, listener = 0;
 };
+
+class World;
 
 class TestListener : public LListener {
  public:
   TestListener(World& world, int id) : mWorld(world), mId(id) {}
   bool ListenToMessage(long message, void* param) override;
-  Reaction reaction;
+  Reaction reaction;  // done once, on hearing the probe
 
  private:
   World& mWorld;
@@ -54,81 +51,36 @@ class World {
   explicit World(uint32_t seed) : mRng(seed) {}
 
   ~World() {
-    for (auto*& b : mBroadcasters) DestroyBroadcaster(b);
-    for (auto*& l : mListeners) {
-      delete l;
-      l = nullptr;
-    }
+    for (int b = 0; b < kBroadcasters; ++b) Real(kKillBroadcaster, b, 0);
+    for (int l = 0; l < kListeners; ++l) Real(kKillListener, 0, l);
   }
-
-  // ---- the real objects, as reactions and the run drive them
 
   void Log(long message, int listener) { mLog.push_back({message, listener}); }
 
-  void RemoveListener(int b, int l) {
-    if (mBroadcasters[b] && mListeners[l]) mBroadcasters[b]->RemoveListener(mListeners[l]);
-  }
-  void AddListener(int b, int l) {
-    if (mBroadcasters[b] && mListeners[l]) mBroadcasters[b]->AddListener(mListeners[l]);
-  }
-  void KillListener(int l) {
-    TestListener* doomed = mListeners[l];
-    mListeners[l] = nullptr;
-    delete doomed;
-  }
-  void KillBroadcaster(int b) { DestroyBroadcaster(mBroadcasters[b]); }
-
-  int IdOf(const LBroadcaster* b) const {
-    for (int i = 0; i < kBroadcasters; ++i) {
-      if (mBroadcasters[i] == b) return i;
+  void Real(Op op, int b, int l) {
+    LBroadcaster* broadcaster = mBroadcasters[b];
+    TestListener* listener = mListeners[l];
+    switch (op) {
+      case kNone: break;
+      case kAdd: if (broadcaster && listener) broadcaster->AddListener(listener); break;
+      case kRemove: if (broadcaster && listener) broadcaster->RemoveListener(listener); break;
+      case kKillListener: mListeners[l] = nullptr; delete listener; break;  // unlinked before it dies
+      case kKillBroadcaster: mBroadcasters[b] = nullptr; delete broadcaster; break;
+      case kStopListening: if (listener) listener->StopListening(); break;
     }
-    return -1;
   }
 
   void Run(int steps) {
     for (int step = 0; step < steps && !::testing::Test::HasFailure(); ++step) {
       SCOPED_TRACE("step " + std::to_string(step));
+      int b = Pick(kBroadcasters), l = Pick(kListeners);
       switch (Pick(10)) {
-        case 0: case 1: {
-          int b = Pick(kBroadcasters), l = Pick(kListeners);
-          AddListener(b, l);
-          ModelAdd(b, l);
-          break;
-        }
-        case 2: {
-          int b = Pick(kBroadcasters), l = Pick(kListeners);
-          RemoveListener(b, l);
-          ModelRemove(b, l);
-          break;
-        }
-        case 3: case 4: case 5: Broadcast(Pick(kBroadcasters)); break;
-        case 6: {
-          int b = Pick(kBroadcasters);
-          if (mBroadcasters[b] && Pick(4) == 0) {
-            bool on = Pick(2);
-            if (on) mBroadcasters[b]->StartBroadcasting(); else mBroadcasters[b]->StopBroadcasting();
-            mModel[b].broadcasting = on;
-          }
-          int l = Pick(kListeners);
-          if (mListeners[l] && Pick(3) == 0) {
-            bool on = Pick(3) != 0;
-            if (on) mListeners[l]->StartListening(); else mListeners[l]->StopListening();
-            mListening[l] = on;
-          }
-          break;
-        }
-        case 7: {
-          int l = Pick(kListeners);
-          KillListener(l);
-          ModelKillListener(l);
-          break;
-        }
-        case 8: {
-          int b = Pick(kBroadcasters);
-          KillBroadcaster(b);
-          ModelKillBroadcaster(b);
-          break;
-        }
+        case 0: case 1: Both(kAdd, b, l); break;
+        case 2: Both(kRemove, b, l); break;
+        case 3: case 4: case 5: Broadcast(b); break;
+        case 6: Flags(b, l); break;
+        case 7: Both(kKillListener, b, l); break;
+        case 8: Both(kKillBroadcaster, b, l); break;
         case 9: Revive(); break;
       }
       Check();
@@ -143,26 +95,35 @@ class World {
     std::vector<int> listeners;  // in order of adding
   };
 
-  void DestroyBroadcaster(LBroadcaster*& b) {
-    LBroadcaster* doomed = b;
-    b = nullptr;
-    delete doomed;
+  void Both(Op op, int b, int l) {
+    Real(op, b, l);
+    Model(op, b, l);
+  }
+
+  void Flags(int b, int l) {
+    if (mBroadcasters[b] && Pick(4) == 0) {
+      bool on = Pick(2);
+      if (on) mBroadcasters[b]->StartBroadcasting(); else mBroadcasters[b]->StopBroadcasting();
+      mModel[b].broadcasting = on;
+    }
+    if (mListeners[l] && Pick(3) == 0) {
+      bool on = Pick(3) != 0;
+      if (on) mListeners[l]->StartListening(); else mListeners[l]->StopListening();
+      mListening[l] = on;
+    }
   }
 
   void Revive() {
     for (int b = 0; b < kBroadcasters; ++b) {
-      if (!mBroadcasters[b]) {
-        mBroadcasters[b] = new LBroadcaster;
-        mModel[b] = ModelBroadcaster{};
-        mModel[b].alive = true;
-      }
+      if (mBroadcasters[b]) continue;
+      mBroadcasters[b] = new LBroadcaster;
+      mModel[b] = ModelBroadcaster{};
+      mModel[b].alive = true;
     }
     for (int l = 0; l < kListeners; ++l) {
-      if (!mListeners[l]) {
-        mListeners[l] = new TestListener(*this, l);
-        mListening[l] = true;
-        mListenerAlive[l] = true;
-      }
+      if (mListeners[l]) continue;
+      mListeners[l] = new TestListener(*this, l);
+      mListening[l] = mListenerAlive[l] = true;
     }
   }
 
@@ -173,13 +134,8 @@ class World {
     for (int l = 0; l < kListeners; ++l) {
       if (!mListeners[l]) continue;
       Reaction r;
-      if (Pick(3) == 0) {
-        r.kind = static_cast<Reaction::Kind>(1 + Pick(7));
-        r.broadcaster = Pick(kBroadcasters);
-        r.listener = Pick(kListeners);
-      }
-      mListeners[l]->reaction = r;
-      mReactions[l] = r;
+      if (Pick(3) == 0) r = {static_cast<Op>(1 + Pick(5)), Pick(kBroadcasters), Pick(2) ? l : Pick(kListeners)};
+      mListeners[l]->reaction = mReactions[l] = r;
     }
     mLog.clear();
     mExpected.clear();
@@ -192,95 +148,76 @@ class World {
   }
 
   void ModelBroadcast(int b) {
-    ModelBroadcaster& mb = mModel[b];
-    if (!mb.alive || !mb.everHadList || !mb.broadcasting) return;
+    if (!mModel[b].alive || !mModel[b].everHadList || !mModel[b].broadcasting) return;
     IteratorModel walk;
     walk.Reset(0, Count(b));
     mWalks.push_back({b, &walk});
-    for (;;) {
-      int index = walk.Next(Count(b));
-      if (!mModel[b].alive || index < 1 || index > Count(b)) break;
+    for (int index; mModel[b].alive && (index = walk.Next(Count(b))) >= 1 && index <= Count(b);) {
       int l = mModel[b].listeners[index - 1];
       if (!mListening[l]) continue;
       mExpected.push_back({kProbe, l});
-      ModelReact(l);
-      if (!mModel[b].alive) break;  // the walk died with its broadcaster
+      Reaction r = mReactions[l];
+      mReactions[l] = Reaction{};
+      Model(r.op, r.broadcaster, r.listener);
     }
     mWalks.pop_back();
-  }
-
-  void ModelReact(int l) {
-    Reaction r = mReactions[l];
-    mReactions[l] = Reaction{};
-    switch (r.kind) {
-      case Reaction::kNone: break;
-      case Reaction::kRemoveSelf: ModelRemove(r.broadcaster, l); break;
-      case Reaction::kRemoveOther: ModelRemove(r.broadcaster, r.listener); break;
-      case Reaction::kDestroySelf: ModelKillListener(l); break;
-      case Reaction::kDestroyOther: ModelKillListener(r.listener); break;
-      case Reaction::kDestroyBroadcaster: ModelKillBroadcaster(r.broadcaster); break;
-      case Reaction::kAddOther: ModelAdd(r.broadcaster, r.listener); break;
-      case Reaction::kStopListening: mListening[l] = false; break;
-    }
   }
 
   // ---- the model's changes, telling open walks of the list
 
   long Count(int b) const { return static_cast<long>(mModel[b].listeners.size()); }
 
-  bool ListenerAlive(int l) const { return mListenerAlive[l]; }
-
-  void ModelAdd(int b, int l) {
-    if (!mModel[b].alive || !ListenerAlive(l)) return;
-    mModel[b].everHadList = true;
-    auto& list = mModel[b].listeners;
-    if (std::find(list.begin(), list.end(), l) != list.end()) return;
-    list.push_back(l);
-    for (auto& w : mWalks) {
-      if (w.broadcaster == b) w.model->Inserted(1, Count(b), Count(b));
-    }
-  }
-
-  void ModelRemove(int b, int l) {
-    if (!mModel[b].alive || !ListenerAlive(l)) return;
-    auto& list = mModel[b].listeners;
-    auto found = std::find(list.begin(), list.end(), l);
-    if (found == list.end()) return;
-    long index = found - list.begin() + 1;
-    list.erase(found);
-    for (auto& w : mWalks) {
-      if (w.broadcaster == b) w.model->Removed(1, index, Count(b));
-    }
-  }
-
-  void ModelKillListener(int l) {
-    if (!ListenerAlive(l)) return;
-    // Only one list is walked at a time, so the order in which the listener
-    // leaves its broadcasters does not show.
-    for (int b = 0; b < kBroadcasters; ++b) ModelRemove(b, l);
-    mListenerAlive[l] = false;
-  }
-
-  void ModelKillBroadcaster(int b) {
+  void Model(Op op, int b, int l) {
     ModelBroadcaster& mb = mModel[b];
-    if (!mb.alive) return;
-    if (mb.everHadList && mb.broadcasting) {
-      // Its dying message; listeners do not react to it.
-      for (int l : std::vector<int>(mb.listeners)) {
-        if (mListening[l]) mExpected.push_back({kMsgBroadcasterDying, l});
+    auto& list = mb.listeners;
+    auto found = std::find(list.begin(), list.end(), l);
+    switch (op) {
+      case kNone: break;
+      case kAdd:
+        if (!mb.alive || !mListenerAlive[l]) break;
+        mb.everHadList = true;
+        if (found != list.end()) break;
+        list.push_back(l);
+        for (auto& w : mWalks) {
+          if (w.broadcaster == b) w.model->Inserted(1, Count(b), Count(b));
+        }
+        break;
+      case kRemove: {
+        if (!mb.alive || found == list.end()) break;
+        long index = found - list.begin() + 1;
+        list.erase(found);
+        for (auto& w : mWalks) {
+          if (w.broadcaster == b) w.model->Removed(1, index, Count(b));
+        }
+        break;
       }
+      case kKillListener:
+        // Only one list is walked at a time, so the order in which the
+        // listener leaves its broadcasters does not show.
+        for (int other = 0; other < kBroadcasters; ++other) Model(kRemove, other, l);
+        mListenerAlive[l] = false;
+        break;
+      case kKillBroadcaster:
+        if (!mb.alive) break;
+        if (mb.everHadList && mb.broadcasting) {  // its dying message; nobody reacts to it
+          for (int each : list) {
+            if (mListening[each]) mExpected.push_back({kMsgBroadcasterDying, each});
+          }
+        }
+        mb.alive = false;
+        list.clear();
+        break;
+      case kStopListening: mListening[l] = false; break;
     }
-    mb.alive = false;
-    mb.listeners.clear();
   }
 
   void Check() {
-    // Who hears the broadcasters now, in which order: a quiet probe.
+    // Who hears the broadcasters now, in which order: a quiet probe with
+    // every flag raised for the moment.
     for (int b = 0; b < kBroadcasters; ++b) {
       ASSERT_EQ(mBroadcasters[b] != nullptr, mModel[b].alive) << "broadcaster " << b;
       if (!mBroadcasters[b]) continue;
       mLog.clear();
-      std::vector<bool> saved(mListening, mListening + kListeners);
       bool broadcasting = mBroadcasters[b]->IsBroadcasting();
       mBroadcasters[b]->StartBroadcasting();
       for (auto* l : mListeners) {
@@ -292,7 +229,7 @@ class World {
       ASSERT_EQ(mLog, expect) << "listeners of broadcaster " << b;
       if (!broadcasting) mBroadcasters[b]->StopBroadcasting();
       for (int l = 0; l < kListeners; ++l) {
-        if (mListeners[l] && !saved[l]) mListeners[l]->StopListening();
+        if (mListeners[l] && !mListening[l]) mListeners[l]->StopListening();
       }
     }
     for (int l = 0; l < kListeners; ++l) ASSERT_EQ(mListeners[l] != nullptr, mListenerAlive[l]);
@@ -300,7 +237,6 @@ class World {
 
   int Pick(int n) { return std::uniform_int_distribution<int>(0, n - 1)(mRng); }
 
-  friend class TestListener;
   struct Walk {
     int broadcaster;
     IteratorModel* model;
@@ -318,20 +254,12 @@ class World {
 };
 
 bool TestListener::ListenToMessage(long message, void*) {
-  mWorld.Log(message, mId);
+  World& world = mWorld;  // this listener may die in the reaction: nothing of it is touched after
+  world.Log(message, mId);
   if (message != kProbe) return true;
   Reaction r = reaction;
   reaction = Reaction{};
-  switch (r.kind) {
-    case Reaction::kNone: break;
-    case Reaction::kRemoveSelf: mWorld.RemoveListener(r.broadcaster, mId); break;
-    case Reaction::kRemoveOther: mWorld.RemoveListener(r.broadcaster, r.listener); break;
-    case Reaction::kDestroySelf: mWorld.KillListener(mId); return true;  // nothing of this after
-    case Reaction::kDestroyOther: mWorld.KillListener(r.listener); break;
-    case Reaction::kDestroyBroadcaster: mWorld.KillBroadcaster(r.broadcaster); break;
-    case Reaction::kAddOther: mWorld.AddListener(r.broadcaster, r.listener); break;
-    case Reaction::kStopListening: StopListening(); break;
-  }
+  world.Real(r.op, r.broadcaster, r.listener);
   return true;
 }
 

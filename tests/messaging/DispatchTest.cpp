@@ -29,40 +29,33 @@ class Inbox : public MMessageWindow {
 
 // Drains whatever earlier tests left on this thread's queue.
 void Drain() {
-  MMessage m;
-  while (MThreadQueue::PeekMessage(m)) {
+  for (MMessage m; MThreadQueue::PeekMessage(m);) {
   }
 }
 
 }  // namespace
 
-TEST(MessageQueue, PostsFromAnyThreadRunInOrderOnTheOwner) {
+TEST(MessageQueue, PostsFromAnyThreadRunInOrderOnTheOwnerAndDeadWindowsAreDropped) {
   Drain();
   Inbox inbox;
+  auto doomed = std::make_unique<Inbox>();
   const unsigned long owner = MThreadQueue::CurrentThreadId();
   EXPECT_EQ(inbox.GetThreadId(), owner);
   std::thread worker([&] {
-    for (unsigned int i = 1; i <= 100; ++i) EXPECT_TRUE(inbox.PostMessage(i, 0, 0));
+    for (unsigned int i = 1; i <= 100; ++i) {
+      EXPECT_TRUE(inbox.PostMessage(i, 0, 0));
+      doomed->PostMessage(i, 0, 0);
+    }
   });
   worker.join();
   EXPECT_TRUE(inbox.got.empty());  // nothing runs until the owner pumps
-  EXPECT_EQ(MThreadQueue::PumpMessages(), 100);
-  ASSERT_EQ(inbox.got.size(), 100u);
-  for (unsigned int i = 0; i < 100; ++i) EXPECT_EQ(inbox.got[i], i + 1);
-  for (unsigned long t : inbox.threads) EXPECT_EQ(t, owner);
-  EXPECT_EQ(inbox.SendMessage(9, 0, 77), 77);  // runs at once
-}
-
-TEST(MessageQueue, ADeadWindowsMessagesAreDropped) {
-  Drain();
-  auto doomed = std::make_unique<Inbox>();
-  Inbox stays;
-  doomed->PostMessage(1, 0, 0);
-  stays.PostMessage(2, 0, 0);
-  doomed->PostMessage(3, 0, 0);
   doomed.reset();
-  EXPECT_EQ(MThreadQueue::PumpMessages(), 1);
-  EXPECT_EQ(stays.got, (std::vector<unsigned int>{2}));
+  EXPECT_EQ(MThreadQueue::PumpMessages(), 100);
+  std::vector<unsigned int> expect(100);
+  for (unsigned int i = 0; i < 100; ++i) expect[i] = i + 1;
+  EXPECT_EQ(inbox.got, expect);
+  EXPECT_EQ(inbox.threads, std::vector<unsigned long>(100, owner));
+  EXPECT_EQ(inbox.SendMessage(9, 0, 77), 77);  // runs at once
 }
 
 TEST(MessageQueue, ThreadLoopWithThreadMessagesAndQuit) {
@@ -70,8 +63,7 @@ TEST(MessageQueue, ThreadLoopWithThreadMessagesAndQuit) {
   std::vector<unsigned int> seen;
   std::thread loop([&] {
     id = MThreadQueue::CurrentThreadId();
-    MMessage m;
-    while (MThreadQueue::GetMessage(m)) {
+    for (MMessage m; MThreadQueue::GetMessage(m);) {
       seen.push_back(m.message);
       if (m.message == 3) MThreadQueue::PostQuitMessage(0);
       MThreadQueue::DispatchMessage(m);
@@ -88,7 +80,7 @@ TEST(MessageQueue, ThreadLoopWithThreadMessagesAndQuit) {
   EXPECT_FALSE(MThreadQueue::PostThreadMessage(0xFFFFFFFF, 4, 0, 0));
 }
 
-TEST(MessageQueue, WakeUpHandlerAndWaits) {
+TEST(MessageQueue, WakeUpHandlerWaitsAndTheQuitMessage) {
   Drain();
   static std::atomic<int> wakes{0};
   MThreadQueue::SetWakeUpHandler([](void* context) { static_cast<std::atomic<int>*>(context)->fetch_add(1); },
@@ -110,36 +102,30 @@ TEST(MessageQueue, WakeUpHandlerAndWaits) {
   EXPECT_EQ(inbox.got, (std::vector<unsigned int>{5, 6, 7}));
 }
 
-namespace {
-class Counter : public LListener {
- public:
-  bool ListenToMessage(long message, void*) override {
-    heard.push_back(message);
-    return true;
-  }
-  std::vector<long> heard;
-};
-}  // namespace
-
 TEST(CBroadcastDispatcher, RunsBusOperationsOnItsThread) {
   Drain();
+  struct : LListener {
+    bool ListenToMessage(long message, void*) override {
+      heard.push_back(message);
+      return true;
+    }
+    std::vector<long> heard;
+  } listener;
   LBroadcaster broadcaster;
-  Counter listener;
   {
     StBroadcasterSetup setup;
     CBroadcastDispatcher* dispatcher = CBroadcastDispatcher::sBroadcastDispatcher;
     ASSERT_NE(dispatcher, nullptr);
     BroadcastRequest request{&broadcaster, nullptr, 77, nullptr};
-    std::thread worker([&] {
-      dispatcher->PostMessage(WM_ADDLISTENER, reinterpret_cast<uintptr_t>(&broadcaster),
-                              reinterpret_cast<intptr_t>(&listener));
+    auto link = reinterpret_cast<uintptr_t>(&broadcaster);
+    auto* l = static_cast<LListener*>(&listener);
+    std::thread([&] {
+      dispatcher->PostMessage(WM_ADDLISTENER, link, reinterpret_cast<intptr_t>(l));
       dispatcher->PostMessage(WM_BROADCASTMESSAGE, 0, reinterpret_cast<intptr_t>(&request));
-      dispatcher->PostMessage(WM_REMOVELISTENER, reinterpret_cast<uintptr_t>(&broadcaster),
-                              reinterpret_cast<intptr_t>(&listener));
+      dispatcher->PostMessage(WM_REMOVELISTENER, link, reinterpret_cast<intptr_t>(l));
       dispatcher->PostMessage(WM_BROADCASTMESSAGE, 0, reinterpret_cast<intptr_t>(&request));
       dispatcher->PostMessage(WM_BROADCASTMESSAGE, 0, 0);  // no record: nothing
-    });
-    worker.join();
+    }).join();
     EXPECT_TRUE(listener.heard.empty());
     EXPECT_EQ(MThreadQueue::PumpMessages(), 5);
     EXPECT_EQ(listener.heard, (std::vector<long>{77}));
@@ -152,26 +138,22 @@ TEST(CCriticalSection, ReentrantTimedAndOwned) {
   EXPECT_FALSE(section.Unlock());  // not held: refused, nothing changes
   EXPECT_TRUE(section.Lock());
   EXPECT_TRUE(section.Lock(0));
-  std::thread other([&] {
+  std::thread([&] {
     EXPECT_FALSE(section.Lock(10));  // held elsewhere: times out
     EXPECT_FALSE(section.Unlock());  // not this thread's to give back
-  });
-  other.join();
+  }).join();
   EXPECT_TRUE(section.Unlock());
   EXPECT_TRUE(section.Unlock());
-  std::thread again([&] {
+  std::thread([&] {
     EXPECT_TRUE(section.Lock(0));
     section.Unlock();
-  });
-  again.join();
+  }).join();
 
-  CSingleLock single(&section);
-  EXPECT_FALSE(single.IsLocked());
+  CSingleLock single(&section), none(nullptr, true);
   EXPECT_FALSE(single.Unlock());
   EXPECT_TRUE(single.Lock());
   EXPECT_TRUE(single.Lock());  // held once by this guard
   EXPECT_TRUE(single.Unlock());
   EXPECT_FALSE(single.IsLocked());
-  CSingleLock none(nullptr, true);
   EXPECT_FALSE(none.IsLocked());
 }

@@ -38,7 +38,7 @@ class MessageAction : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(MessageAction, SelectorsPickWindowsLowestFirst) {
+TEST_F(MessageAction, SelectorsPickWindowsLowestFirstAndEveryKindReachesEveryWindow) {
   Catcher c;
   int source;
   CMessageAction::Error(&source, kHello, 0);
@@ -51,10 +51,9 @@ TEST_F(MessageAction, SelectorsPickWindowsLowestFirst) {
   EXPECT_EQ(c.texts[0], kHello);  // not copied
   EXPECT_EQ(CMessageAction::GetWindowType(0), 2);
   EXPECT_EQ(CMessageAction::GetWindowType(8), 8);
-}
 
-TEST_F(MessageAction, EveryKindToEveryWindow) {
-  Catcher c;
+  c.messages.clear();
+  c.texts.clear();
   CMessageAction::Error(nullptr, kHello, 63);
   CMessageAction::Warning(nullptr, kHello, 63);
   CMessageAction::Inform(nullptr, kHello, 63);
@@ -91,22 +90,6 @@ TEST_F(MessageAction, ConsolePrintsLabelsTabsAndLineEnds) {
             "Info\t\thellow\xC3\xB6rld\n");
 }
 
-TEST_F(MessageAction, ConsoleResults) {
-  CMessageConsole console;
-  InteractionRecord record{nullptr, nullptr};
-  EXPECT_TRUE(console.ListenToMessage(26003, &record));   // Clear of window 0
-  EXPECT_FALSE(console.ListenToMessage(26013, &record));  // Clear elsewhere
-  EXPECT_FALSE(console.ListenToMessage(26050, &record));
-  EXPECT_FALSE(console.ListenToMessage(25999, &record));
-  EXPECT_FALSE(console.ListenToMessage(26007, &record));
-  EXPECT_FALSE(console.ListenToMessage(202, nullptr));
-
-  CMessageConsole copy(console);  // attached to nothing
-  testing::internal::CaptureStdout();
-  CMessageAction::Error(nullptr, kHello, 1);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Error\t\thello\n");  // printed once
-}
-
 namespace {
 // Opens CheckMessage for tests.
 class CheckingConsole : public CMessageConsole {
@@ -115,16 +98,27 @@ class CheckingConsole : public CMessageConsole {
 };
 }  // namespace
 
-TEST_F(MessageAction, CheckMessageByWindowType) {
-  CheckingConsole console;
-  for (auto [type, base] : {std::pair{1L, 26000L}, {2L, 26010L}, {4L, 26020L}}) {
-    console.SetWindowType(type);
-    for (long kind = 0; kind <= 6; ++kind) EXPECT_EQ(console.CheckMessage(base + kind), kind != 3) << base + kind;
-    EXPECT_FALSE(console.CheckMessage(base + 7));
-    EXPECT_FALSE(console.CheckMessage(base == 26000 ? 26010 : 26000));
+TEST_F(MessageAction, ConsoleTakesItsWindowsMessagesButClear) {
+  {
+    CheckingConsole console;  // attached: gone before the printing below
+    for (auto [type, base] : {std::pair{1L, 26000L}, {2L, 26010L}, {4L, 26020L}}) {
+      console.SetWindowType(type);
+      for (long kind = 0; kind <= 6; ++kind) EXPECT_EQ(console.CheckMessage(base + kind), kind != 3) << base + kind;
+      EXPECT_FALSE(console.CheckMessage(base + 7));
+      EXPECT_FALSE(console.CheckMessage(base == 26000 ? 26010 : 26000));
+    }
+    console.SetWindowType(8);
+    EXPECT_FALSE(console.CheckMessage(26030));
   }
-  console.SetWindowType(8);
-  EXPECT_FALSE(console.CheckMessage(26030));
+  CMessageConsole plain;
+  InteractionRecord record{nullptr, nullptr};
+  EXPECT_TRUE(plain.ListenToMessage(26003, &record));  // Clear of window 0
+  for (long other : {26013L, 26050L, 25999L, 26007L}) EXPECT_FALSE(plain.ListenToMessage(other, &record)) << other;
+  EXPECT_FALSE(plain.ListenToMessage(202, nullptr));
+  CMessageConsole copy(plain);  // attached to nothing
+  testing::internal::CaptureStdout();
+  CMessageAction::Error(nullptr, kHello, 1);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Error\t\thello\n");  // printed once
 }
 
 TEST_F(MessageAction, ManyThreadsReportAtOnce) {

@@ -10,24 +10,8 @@
 
 #include "platform/FaultInjection.h"
 #include "platform/Platform.h"
+#include "support/ArrayProbe.h"
 
-namespace {
-
-std::vector<int32_t> Items(const LArray& a) {
-  std::vector<int32_t> out;
-  for (long i = 1; i <= static_cast<long>(a.GetCount()); ++i) {
-    int32_t v;
-    a.FetchItemAt(i, &v);
-    out.push_back(v);
-  }
-  return out;
-}
-
-void Append(LArray& a, std::initializer_list<int32_t> values) {
-  for (int32_t v : values) a.InsertItemsAt(1, kLastIndex, &v);
-}
-
-}  // namespace
 
 TEST(PlatformMemory, ZeroedBlockIsZeroAndStable) {
   // Dirty the heap first so that a non-clearing allocator would show.
@@ -42,14 +26,6 @@ TEST(PlatformMemory, ZeroedBlockIsZeroAndStable) {
   vbu::platform::FreeBlock(nullptr);  // harmless
 }
 
-TEST(PlatformMemory, PointerGuardHoldsNullWhenThePlatformHasNoMemory) {
-  StFailCalloc fail;
-  StPointerBlock block(64);
-  EXPECT_EQ(static_cast<char*>(block), nullptr);
-  StClearPointerBlock clear(64);
-  EXPECT_EQ(static_cast<char*>(clear), nullptr);
-}  // both destroy without effect
-
 TEST(PlatformMemory, NoScratchBlockLeavesItemsAndStateAlone) {
   LArray a(4);
   Append(a, {5, 3, 9, 1});
@@ -60,18 +36,19 @@ TEST(PlatformMemory, NoScratchBlockLeavesItemsAndStateAlone) {
     a.SwapItems(1, 2);
     a.MoveItem(1, 4);
   }
-  EXPECT_EQ(Items(a), (std::vector<int32_t>{5, 3, 9, 1}));
+  EXPECT_EQ(ItemsOf(a), (std::vector<int32_t>{5, 3, 9, 1}));
   EXPECT_FALSE(a.IsSorted());  // not claimed sorted without a sort
 
   a.Sort();  // memory is back
-  EXPECT_EQ(Items(a), (std::vector<int32_t>{1, 3, 5, 9}));
+  EXPECT_EQ(ItemsOf(a), (std::vector<int32_t>{1, 3, 5, 9}));
   EXPECT_TRUE(a.IsSorted());
 }
 
-TEST(PlatformMemory, FailureOfALaterCallOnly) {
-  StFailCalloc fail(2);
-  StPointerBlock first(16);
-  StPointerBlock second(16);
+TEST(PlatformMemory, PointerGuardsHoldNullWhenThePlatformHasNoMemory) {
+  StFailCalloc fail(2);  // from the second call on
+  StPointerBlock first(16), second(16);
+  StClearPointerBlock clear(64);
   EXPECT_NE(static_cast<char*>(first), nullptr);
   EXPECT_EQ(static_cast<char*>(second), nullptr);
-}
+  EXPECT_EQ(static_cast<char*>(clear), nullptr);
+}  // the empty ones destroy without effect

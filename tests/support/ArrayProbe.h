@@ -1,4 +1,4 @@
-// Test helpers for LArray: read its items into a vector, fill it from one,
+// Test helpers for LArray: read its items into a vector, fill it from a list,
 // and look at its protected allocation fields.
 #pragma once
 
@@ -10,12 +10,8 @@
 
 template <class T = int32_t>
 std::vector<T> ItemsOf(const LArray& a) {
-  std::vector<T> out;
-  for (long i = 1; i <= static_cast<long>(a.GetCount()); ++i) {
-    T v{};
-    a.FetchItemAt(i, &v);
-    out.push_back(v);
-  }
+  std::vector<T> out(a.GetCount());
+  for (long i = 1; i <= static_cast<long>(out.size()); ++i) a.FetchItemAt(i, &out[i - 1]);
   return out;
 }
 
@@ -24,7 +20,6 @@ void Append(LArray& a, std::initializer_list<T> values) {
   for (T v : values) a.InsertItemsAt(1, kLastIndex, &v, 0);
 }
 
-// An LArray that shows its allocation fields.
 class ProbeArray : public LArray {
  public:
   using LArray::LArray;

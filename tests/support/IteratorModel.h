@@ -5,28 +5,17 @@
 
 struct IteratorModel {
   static constexpr int kBefore = 0, kAtEnd = -2, kRemoved = -4, kDead = -6;
-
   int cur = kBefore;
   int next = 1;
 
-  void CalcNext(long count) {
-    if (cur == kAtEnd) {
-      next = kAtEnd;
-    } else {
-      next = cur + 1 > count ? kAtEnd : cur + 1;
-    }
-  }
+  void CalcNext(long count) { next = cur == kAtEnd || cur + 1 > count ? kAtEnd : cur + 1; }
 
   void Reset(long position, long count) {
-    if (position == -1 || position > count) {
-      cur = kAtEnd;
-    } else {
-      cur = position <= 0 ? kBefore : static_cast<int>(position);
-    }
+    cur = position == -1 || position > count ? kAtEnd : position <= 0 ? kBefore : static_cast<int>(position);
     CalcNext(count);
   }
 
-  // Steps forward; the index of the item reached, or a value outside 1..count.
+  // Steps; the index reached, or a value outside 1..count.
   int Next(long count) {
     cur = next;
     CalcNext(count);
