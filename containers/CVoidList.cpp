@@ -52,15 +52,21 @@ void CVoidList::SyncPosition() {
 
 int CVoidList::AddList(void* element) { return AddListToTail(element); }
 
+void CVoidList::LinkBetween(ListNode* node, ListNode* prev, ListNode* next) {
+  node->SetPrev(prev);
+  node->SetNext(next);
+  if (prev) prev->SetNext(node); else mHead = node;
+  if (next) next->SetPrev(node); else mTail = node;
+  ++mCount;
+  mCurrent = node;
+}
+
 int CVoidList::AddListToTail(void* element) {
   if (!element) return 0;
   ListNode* node = new (std::nothrow) ListNode(element);
   if (!node) return -1;
-  node->SetPrev(mTail);
-  if (mTail) mTail->SetNext(node); else mHead = node;
-  mTail = node;
-  ++mCount;
-  SetCursor(node, mCount);
+  LinkBetween(node, mTail, nullptr);
+  mPosition = mCount;
   return mCount;
 }
 
@@ -68,54 +74,33 @@ int CVoidList::AddListToHead(void* element) {
   if (!element) return 0;
   ListNode* node = new (std::nothrow) ListNode(element);
   if (!node) return -1;
-  node->SetNext(mHead);
-  if (mHead) mHead->SetPrev(node); else mTail = node;
-  mHead = node;
-  ++mCount;
-  SetCursor(node, 1);
+  LinkBetween(node, nullptr, mHead);
+  mPosition = 1;
   return 1;
 }
 
-int CVoidList::AddListAfterCurrent(void* element) {
+int CVoidList::AddBesideCurrent(void* element, bool after) {
   if (!element) return 0;
   if (!mCurrent && mCount > 0) return -1;
   ListNode* node = new (std::nothrow) ListNode(element);
   if (!node) return -1;
+  SyncPosition();
   if (!mCurrent) {
-    mHead = mTail = node;
+    LinkBetween(node, nullptr, nullptr);  // the empty list's first node
+  } else if (after) {
+    LinkBetween(node, mCurrent, mCurrent->GetNext());
   } else {
-    SyncPosition();
-    ListNode* next = mCurrent->GetNext();
-    node->SetPrev(mCurrent);
-    node->SetNext(next);
-    mCurrent->SetNext(node);
-    if (next) next->SetPrev(node); else mTail = node;
+    LinkBetween(node, mCurrent->GetPrev(), mCurrent);
   }
-  ++mCount;
-  mCurrent = node;
-  return ++mPosition;
-}
-
-int CVoidList::AddListBeforeCurrent(void* element) {
-  if (!element) return 0;
-  if (!mCurrent && mCount > 0) return -1;
-  ListNode* node = new (std::nothrow) ListNode(element);
-  if (!node) return -1;
-  if (!mCurrent) {
-    // On an empty list the position stays 0, and so does the result.
-    mHead = mTail = node;
-  } else {
-    SyncPosition();
-    ListNode* prev = mCurrent->GetPrev();
-    node->SetNext(mCurrent);
-    node->SetPrev(prev);
-    mCurrent->SetPrev(node);
-    if (prev) prev->SetNext(node); else mHead = node;
-  }
-  ++mCount;
-  mCurrent = node;
+  // After: one place on. Before: the new node takes over the position (on an
+  // empty list it stays 0, and so does the result).
+  if (after) ++mPosition;
   return mPosition;
 }
+
+int CVoidList::AddListAfterCurrent(void* element) { return AddBesideCurrent(element, true); }
+
+int CVoidList::AddListBeforeCurrent(void* element) { return AddBesideCurrent(element, false); }
 
 // ---- removing
 

@@ -97,6 +97,11 @@ class VBU_API CVoidList {
  private:
   // The first node holding `element`, and its position; null if none.
   ListNode* Find(void* element, int* position = nullptr) const;
+  // Links `node` in between `prev` and `next` (null: an end), counts it and
+  // makes it the cursor's node.
+  void LinkBetween(ListNode* node, ListNode* prev, ListNode* next);
+  // The two adds around the cursor.
+  int AddBesideCurrent(void* element, bool after);
   // Unlinks and destroys `node`, keeping head, tail and count right.
   void Unlink(ListNode* node);
   // Sets the cursor to `node` at `position`, or to none for a null node.
