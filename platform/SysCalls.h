@@ -8,6 +8,14 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+
+// The system's records, known here by name only.
+struct stat;
+struct statx;
+struct statvfs;
+struct statfs;
+struct io_uring;
 
 namespace vbu::platform {
 
@@ -18,6 +26,33 @@ struct SysCalls {
   void* (*iconv_open)(const char* to, const char* from);
   std::size_t (*iconv)(void* cd, char** in, std::size_t* inLeft, char** out, std::size_t* outLeft);
   int (*iconv_close)(void* cd);
+
+  // Files and file systems; failures set errno as the system does.
+  int (*open)(const char* path, int flags, unsigned mode);
+  int (*close)(int fd);
+  long (*read)(int fd, void* buffer, std::size_t count);
+  long (*write)(int fd, const void* buffer, std::size_t count);
+  long (*pread)(int fd, void* buffer, std::size_t count, int64_t offset);
+  long (*pwrite)(int fd, const void* buffer, std::size_t count, int64_t offset);
+  int64_t (*lseek)(int fd, int64_t offset, int origin);
+  int (*fstat)(int fd, struct ::stat* info);
+  int (*stat)(const char* path, struct ::stat* info);
+  int (*statx)(int dirfd, const char* path, int flags, unsigned mask, struct ::statx* info);
+  int (*statvfs)(const char* path, struct ::statvfs* info);
+  int (*statfs)(const char* path, struct ::statfs* info);
+  int (*fsync)(int fd);
+  int (*ftruncate)(int fd, int64_t size);
+  int (*fcntl)(int fd, int command, long argument);
+  int (*unlink)(const char* path);
+  int (*chmod)(const char* path, unsigned mode);
+
+  // Page-aligned blocks of zeroed memory.
+  void* (*mmap)(std::size_t size);  // MAP_FAILED ((void*)-1) on failure
+  int (*munmap)(void* block, std::size_t size);
+
+  // The io_uring ring of asynchronous transfers (liburing's queue init);
+  // a failure makes the layer move transfers on threads of its own.
+  int (*io_uring_queue_init)(unsigned entries, struct ::io_uring* ring, unsigned flags);
 };
 
 // The live table: what the layer calls. Tests may change its entries.
