@@ -7,6 +7,7 @@
 #include "containers/LArray.h"
 #include "messaging/CMessageAction.h"
 #include "messaging/StGlobalLock.h"
+#include "tasks/CThreadStatus.h"
 
 // The bit cursor's mask tables are constant-initialised; this records, first
 // of all, that they are complete.
@@ -21,3 +22,6 @@ CCriticalSection StGlobalLock::sSafe;
 
 // User messages.
 CMessageAction CMessageAction::sMessageAction;
+
+// Progress reports.
+CThreadStatus CThreadStatus::sThreadStatus;

@@ -6,6 +6,7 @@
 
 #include "platform/Export.h"
 #include "platform/MessageQueue.h"
+#include "platform/Overlapped.h"
 #include "platform/Sync.h"
 
 #include "text/CStringExtract.h"
@@ -36,6 +37,13 @@
 #include "containers/StMemoryState.h"
 #include "containers/UMemUtils.h"
 
+#include "files/AsyncReadBuffer.h"
+#include "files/ConcatInfo.h"
+#include "files/MFile.h"
+#include "files/MFileSpec.h"
+#include "files/MFileUniv.h"
+#include "files/PathTails.h"
+
 #include "messaging/CBroadcastDispatcher.h"
 #include "messaging/CMessageAction.h"
 #include "messaging/CMessageConsole.h"
@@ -44,3 +52,5 @@
 #include "messaging/LNotifier.h"
 #include "messaging/LResponder.h"
 #include "messaging/StGlobalLock.h"
+
+#include "tasks/CThreadStatus.h"

@@ -1,10 +1,87 @@
 // A small host: keeps a sorted play list of chapter marks, walks it while
-// removing marks, and lays out rectangles for a menu page.
+// removing marks, lays out rectangles for a menu page, and joins chapter
+// files into a disc image with progress, then reads the image back ahead.
 #include <VantoroBasicUtils/VantoroBasicUtils.h>
 
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <initializer_list>
+#include <string>
+
+namespace {
+
+// Prints each progress record as the engine reports it.
+class ProgressLine : public LListener {
+ public:
+  bool ListenToMessage(long message, void* param) override {
+    if (message != kMsgThreadStatus) return false;
+    auto* record = static_cast<ThreadStatusRecord*>(param);
+    if (record->mask & kStatusAdvance) sectors += record->position;
+    return true;
+  }
+  long long sectors = 0;
+};
+
+MString Units(const std::string& path) {
+  MString text;
+  text.ImportASCII(path.c_str(), -1);
+  return text;
+}
+
+// Joins three chapter files (made here) into one image, each padded to
+// whole 2048-byte sectors, and reads the image back in small pieces.
+int JoinChapters() {
+  const std::filesystem::path folder = std::filesystem::temp_directory_path() / "vbu-example-host";
+  std::filesystem::create_directories(folder);
+  const long sizes[] = {1000000, 5000, 2500000};
+  long long expected = 0;
+  for (int i = 0; i < 3; ++i) {
+    std::ofstream((folder / ("chapter" + std::to_string(i) + ".vob")).string(), std::ios::binary)
+        << std::string(static_cast<std::size_t>(sizes[i]), static_cast<char>('A' + i));
+    expected += (sizes[i] + 2047) / 2048 * 2048;
+  }
+
+  CMessageConsole console;  // failures of the engine show on standard output
+  ProgressLine progress;
+  CThreadStatus::GetThreadStatus()->AddListener(&progress);
+
+  const std::string image = (folder / "disc.img").string();
+  MFileUniv disc;
+  if (disc.FOpen(Units(image), MFile::file_overlapped_create) != 0 || disc.ConcatInitialize(2048, 0) != 0) {
+    std::printf("cannot start the image %s\n", image.c_str());
+    return 1;
+  }
+  bool cancelled = false;
+  for (int i = 0; i < 3; ++i) {
+    MString chapter = Units((folder / ("chapter" + std::to_string(i) + ".vob")).string());
+    if (disc.ConcatFile(chapter, 0, cancelled, 0) != 0) return 1;
+  }
+  disc.FClose();
+  std::printf("disc image: %lld bytes in %lld sectors (expected %lld bytes)\n",
+              static_cast<long long>(std::filesystem::file_size(image)), progress.sectors, expected);
+
+  // Read the image back in 2048-byte pieces while the next block arrives.
+  MFileUniv reader;
+  AsyncReadBuffer ahead;
+  long long letters[3] = {};
+  if (reader.FOpen(Units(image), MFile::file_overlapped_read) == 0 && ahead.InitReadBuffer(&reader, 0, 1 << 20, 0) == 0) {
+    char piece[2048];
+    long long at = 0;
+    for (int got; (got = ahead.ReadBuffer(at, piece, sizeof piece)) > 0; at += got) {
+      for (int i = 0; i < got; ++i) {
+        if (piece[i] >= 'A' && piece[i] <= 'C') ++letters[piece[i] - 'A'];
+      }
+    }
+    reader.FClose();
+  }
+  std::printf("read back: %lld A, %lld B, %lld C\n", letters[0], letters[1], letters[2]);
+  std::filesystem::remove_all(folder);
+  return letters[0] == sizes[0] && letters[1] == sizes[1] && letters[2] == sizes[2] ? 0 : 1;
+}
+
+}  // namespace
 
 int main() {
   // Chapter marks in frames, kept sorted whatever order they arrive in.
@@ -43,5 +120,6 @@ int main() {
   char* text = ToString10(bytes);
   std::printf("single-layer disc: %s bytes\n", text);
   ::operator delete(text);
-  return 0;
+
+  return JoinChapters();
 }

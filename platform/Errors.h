@@ -15,6 +15,8 @@ namespace vbu::platform {
 uint32_t ErrorFromErrno(int number);
 // The code of the calling thread's errno, also stored as its last error.
 uint32_t SetLastErrorFromErrno();
+// The code of a bad argument (EINVAL), also stored as the last error.
+uint32_t SetLastErrorInvalidArgument();
 // The system's text for `code` (UTF-8), without a line end; empty for a
 // code that has none (0, the layer's own, or unknown numbers).
 std::string ErrorText(uint32_t code);

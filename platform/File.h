@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/AsyncIO.h"
+
 namespace vbu::platform {
 
 // ---- descriptors
@@ -87,6 +89,8 @@ intptr_t OpenHandle(const unsigned short* path, HandleAccess access, HandleDispo
                     bool unbuffered);
 // True when the handle bypasses the system cache.
 bool HandleIsUnbuffered(intptr_t handle);
+// True when the handle may write.
+bool HandleIsWritable(intptr_t handle);
 // Ends every transfer on the handle (see CancelTransfers); true.
 bool CancelHandleTransfers(intptr_t handle);
 // Writes the file's data through to the disk; needs write access. True on success.
@@ -97,8 +101,14 @@ bool CloseHandle(intptr_t handle);
 int64_t GetHandleSize(intptr_t handle);
 // Makes the file `size` bytes long; true on success.
 bool SetHandleSize(intptr_t handle, int64_t size);
-// The descriptor under a handle, for the transfers of AsyncIO.h.
+// The descriptor under a handle.
 inline int HandleDescriptor(intptr_t handle) { return static_cast<int>(handle); }
+// Starts a transfer on the handle, as StartTransfer (AsyncIO.h) does. A
+// transfer that an unbuffered handle cannot take as it stands (an address,
+// offset or length off the file system's direct-transfer alignment) turns
+// the handle to buffered transfers for good, so that it still works.
+uint32_t StartHandleTransfer(intptr_t handle, bool write, void* buffer, uint32_t count, OVERLAPPED* overlapped,
+                             CompletionRoutine routine);
 
 // ---- page-aligned blocks for unbuffered transfers
 

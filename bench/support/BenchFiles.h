@@ -1,0 +1,97 @@
+// Helpers of the file benchmarks: a scratch folder on the disk under test,
+// files of pseudo-random bytes, cold caches, and the process's memory.
+#pragma once
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+// A fresh folder under `parent` (the disk under test), removed at the end.
+class ScratchFolder {
+ public:
+  explicit ScratchFolder(const std::string& parent) {
+    std::string pattern = parent + "/vbu-bench-XXXXXX";
+    std::vector<char> name(pattern.begin(), pattern.end());
+    name.push_back(0);
+    if (!mkdtemp(name.data())) {
+      std::perror("mkdtemp");
+      std::exit(1);
+    }
+    mPath = name.data();
+  }
+  ~ScratchFolder() { std::filesystem::remove_all(mPath); }
+  const std::string& Path() const { return mPath; }
+
+ private:
+  std::string mPath;
+};
+
+// Writes `bytes` pseudo-random bytes to `path` and syncs them.
+inline void MakeFile(const std::string& path, uint64_t bytes, uint32_t seed) {
+  int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  if (fd < 0) {
+    std::perror(path.c_str());
+    std::exit(1);
+  }
+  std::vector<uint64_t> chunk((4u << 20) / 8);
+  std::mt19937_64 random(seed);
+  for (uint64_t done = 0; done < bytes;) {
+    for (auto& word : chunk) word = random();
+    const uint64_t n = std::min<uint64_t>(bytes - done, chunk.size() * 8);
+    if (::write(fd, chunk.data(), n) != static_cast<ssize_t>(n)) {
+      std::perror("write");
+      std::exit(1);
+    }
+    done += n;
+  }
+  ::fsync(fd);
+  ::close(fd);
+}
+
+// Drops the file's pages from the system cache, so that the next run reads the disk.
+inline void Evict(const std::string& path) {
+  int fd = ::open(path.c_str(), O_RDONLY);
+  if (fd < 0) return;
+  ::fdatasync(fd);
+  ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
+  ::close(fd);
+}
+
+// The process's resident memory in KiB (VmRSS), and its peak (VmHWM).
+inline long MemoryKiB(const char* field) {
+  std::ifstream status("/proc/self/status");
+  std::string line;
+  while (std::getline(status, line)) {
+    if (line.rfind(field, 0) == 0) return std::atol(line.c_str() + std::strlen(field) + 1);
+  }
+  return -1;
+}
+
+// The value of --name=value among the arguments, or `fallback`.
+inline std::string Option(int argc, char** argv, const std::string& name, const std::string& fallback) {
+  const std::string prefix = "--" + name + "=";
+  for (int i = 1; i < argc; ++i) {
+    if (std::strncmp(argv[i], prefix.c_str(), prefix.size()) == 0) return argv[i] + prefix.size();
+  }
+  return fallback;
+}
+
+inline int Run(const std::string& command) {
+  int status = std::system(command.c_str());
+  if (status != 0) std::fprintf(stderr, "failed (%d): %s\n", status, command.c_str());
+  return status;
+}
+
+}  // namespace bench

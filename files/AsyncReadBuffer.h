@@ -1,0 +1,77 @@
+// AsyncReadBuffer.h: reads a large file forward in small pieces while the
+// disk works ahead. Two blocks take turns: the consumer copies out of the
+// current one while an overlapped read fills the other. A read that reaches
+// back in front of the current block is served by a separate, synchronous read.
+//
+//   AsyncReadBuffer ahead;                      // file: open in file_overlapped_read
+//   ahead.InitReadBuffer(&file, 0, 4 << 20, 0);
+//   for (long long at = 0; int got = ahead.ReadBuffer(at, piece, 2048); at += got) { if (got < 0) break; ... }
+#pragma once
+
+#include <cstdint>
+
+#include "../platform/Export.h"
+#include "../platform/Overlapped.h"
+
+class MFileUniv;
+
+class VBU_API AsyncReadBuffer {
+ public:
+  // Results of InitReadBuffer.
+  static constexpr int kOutOfMemory = -2;
+  static constexpr int kReadFailed = -3;
+  static constexpr int kNothingToRead = -4;
+
+  // No blocks yet; the event is ready.
+  AsyncReadBuffer();
+  // Frees the blocks. A read must not be in flight: let it end, or close the file first.
+  virtual ~AsyncReadBuffer();
+  AsyncReadBuffer(const AsyncReadBuffer&) = delete;
+  AsyncReadBuffer& operator=(const AsyncReadBuffer&) = delete;
+
+  // Moves on to the other block, collecting its read and starting the next:
+  // 0 or -1. `bytes`: the file bytes of the block that became current, 0 if
+  // no read was under way.
+  virtual int FillInReadBuffer(int& bytes);
+  // Copies `size` bytes (at most a block) from `offset`: the count
+  // delivered, short at the end of the file, 0 at or behind it, -1 on
+  // failure. Reads run forward without gaps and may reach back at any time.
+  virtual int ReadBuffer(long long offset, char* destination, int size);
+  // Starts on `file` (not owned) at `offset` with blocks of `blockSize`
+  // bytes (whole sectors, for unbuffered reads): reads the first block and
+  // starts the second. 0, kOutOfMemory, kReadFailed or kNothingToRead.
+  // `reserved` is not used. A later call reuses the blocks: no larger size.
+  virtual int InitReadBuffer(MFileUniv* file, long long offset, int blockSize, int reserved);
+
+  // The file offset of the current block's first byte.
+  long long GetBlockOffset() const { return mBlockOffset; }
+  // Bytes behind the last block read: what the reads to come have still to fetch.
+  long long GetRemaining() const { return mRemaining; }
+  // File bytes in the current block.
+  int GetValidBytes() const { return mValidBytes; }
+  // True while a read into the other block is under way; GetPendingBytes is its length.
+  bool IsReadPending() const { return mReadPending; }
+  int GetPendingBytes() const { return mPendingBytes; }
+
+ private:
+  // Reads `size` bytes at `offset` through a block of its own, waiting: 0, -2 or -3.
+  int DoReadPieceOutsideOfBuffer(long long offset, char* destination, int size);
+  // Frees both blocks.
+  void FreeBlocks();
+  // Starts the read of `count` bytes at `offset` into the block that is not current.
+  uint32_t StartRead(long long offset, int count);
+
+  MFileUniv* mFile;
+  char* mCurrentBlock;
+  char* mBlockA;
+  char* mBlockB;
+  int mValidBytes;
+  int mBlockSize;
+  long long mRemaining;
+  long long mFileSize;
+  long long mBlockOffset;
+  MEvent mEvent;
+  bool mReadPending;
+  int mPendingBytes;
+  OVERLAPPED mOverlappedRecord;
+};

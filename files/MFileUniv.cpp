@@ -1,0 +1,351 @@
+// The plain file: opening, the stdio route, file information, size changes
+// and overlapped transfers. The concatenation engine is in MFileUnivConcat.cpp.
+#include "files/MFileUniv.h"
+
+#include <memory>
+#include <new>
+
+#include "messaging/CMessageAction.h"
+#include "platform/AsyncIO.h"
+#include "platform/Errors.h"
+#include "platform/File.h"
+#include "platform/FileSystem.h"
+#include "text/MString.h"
+
+using namespace vbu::literals;
+namespace vp = vbu::platform;
+
+namespace {
+
+// How each stdio mode opens: descriptor flags, stream mode, position at the end.
+struct StdioMode {
+  unsigned flags;
+  const char* stream;
+  bool atEnd;
+};
+
+constexpr unsigned kCreateEmpty = vp::kDescriptorReadWrite | vp::kDescriptorCreate | vp::kDescriptorTruncate;
+constexpr unsigned kKeepOrCreate = vp::kDescriptorReadWrite | vp::kDescriptorCreate;
+
+constexpr StdioMode kStdioModes[] = {
+    {vp::kDescriptorRead | vp::kDescriptorText, "r", false},  // file_read_text
+    {vp::kDescriptorRead, "r", false},                        // file_read_binary
+    {kCreateEmpty, "w", false},                               // file_create_binary
+    {kCreateEmpty, "w", false},                               // file_create_update_binary
+    {kCreateEmpty | vp::kDescriptorText, "w", false},         // file_create_text
+    {kKeepOrCreate, "w", true},                               // file_append_binary
+    {kKeepOrCreate, "w", true},                               // file_append_update_binary
+    {kKeepOrCreate | vp::kDescriptorText, "r+", false},       // file_update_text
+    {kKeepOrCreate | vp::kDescriptorText, "w", true},         // file_append_text
+    {kKeepOrCreate, "r+", false},                             // file_update_binary
+};
+
+struct OverlappedMode {
+  vp::HandleAccess access;
+  vp::HandleDisposition disposition;
+};
+
+constexpr OverlappedMode kOverlappedModes[] = {
+    {vp::HandleAccess::kWrite, vp::HandleDisposition::kCreateAlways},     // file_overlapped_create
+    {vp::HandleAccess::kWrite, vp::HandleDisposition::kOpenAlways},       // file_overlapped_write
+    {vp::HandleAccess::kRead, vp::HandleDisposition::kOpenExisting},      // file_overlapped_read
+    {vp::HandleAccess::kReadWrite, vp::HandleDisposition::kOpenExisting}, // file_overlapped_update
+};
+
+void CopyStatus(const vp::FileStatus& from, _stati64* to) {
+  to->st_dev = from.st_dev;
+  to->st_ino = from.st_ino;
+  to->st_mode = from.st_mode;
+  to->st_nlink = from.st_nlink;
+  to->st_uid = from.st_uid;
+  to->st_gid = from.st_gid;
+  to->st_rdev = from.st_rdev;
+  to->st_size = from.st_size;
+  to->st_atime64 = from.st_atime64;
+  to->st_mtime64 = from.st_mtime64;
+  to->st_ctime64 = from.st_ctime64;
+}
+
+bool IsPending(uint32_t error) {
+  return error == 0 || error == kErrorIoPending || error == kErrorHandleEof;
+}
+
+}  // namespace
+
+MFileUniv::MFileUniv()
+    : mStream(nullptr), mDescriptor(-1), mOverlapped(false), mSectorLead(0), mConcatInfo{}, mHandle(-1) {}
+
+MFileUniv::MFileUniv(const MFileUniv& other)
+    : MFile(other),
+      mStream(other.mStream),
+      mDescriptor(other.mDescriptor),
+      mOverlapped(other.mOverlapped),
+      mSectorLead(other.mSectorLead),
+      mConcatInfo{},
+      mHandle(other.mHandle) {}
+
+MFileUniv& MFileUniv::operator=(const MFileUniv& other) {
+  if (this == &other) return *this;
+  MFile::operator=(other);
+  mStream = other.mStream;
+  mDescriptor = other.mDescriptor;
+  mOverlapped = other.mOverlapped;
+  mSectorLead = other.mSectorLead;
+  mHandle = other.mHandle;
+  return *this;
+}
+
+MFileUniv::~MFileUniv() {
+  FClose();
+  if (mHandle != -1) {
+    vp::CancelHandleTransfers(mHandle);
+    vp::CloseHandle(mHandle);
+  }
+  ConcatCleanup(&mConcatInfo);
+}
+
+// ---- opening and closing
+
+int MFileUniv::FOpen(MFileSpecWin& spec, file_open_t mode) {
+  SetFileSpec(spec);
+  return FOpen(mode);
+}
+
+int MFileUniv::FOpen(const unsigned short* path, file_open_t mode) {
+  GetFileSpec().SetFilePath(path ? path : u""_u16);
+  return FOpen(mode);
+}
+
+int MFileUniv::FOpen(file_open_t mode) {
+  const unsigned short* path = GetFileSpec().GetFilePath();
+  if (mode < file_read_text || mode > file_overlapped_update || mode == file_unsupported) return -1;
+  if (mode >= file_overlapped_create) {
+    const OverlappedMode& row = kOverlappedModes[mode - file_overlapped_create];
+    mOverlapped = true;
+    mHandle = vp::OpenHandle(path, row.access, row.disposition, true);
+    // A failed open leaves the object closed, on neither route.
+    if (mHandle == -1) mOverlapped = false;
+    return mHandle == -1 ? -1 : 0;
+  }
+  const StdioMode& row = kStdioModes[mode];
+  int fd = vp::OpenDescriptor(path, row.flags);
+  if (fd == -1) return -1;
+  void* stream = vp::OpenStream(fd, row.stream);
+  if (!stream) {
+    vp::CloseDescriptor(fd);
+    return -1;
+  }
+  vp::SeekDescriptor(fd, 0, row.atEnd ? file_seek_end : file_seek_begin);
+  mStream = stream;
+  mDescriptor = fd;
+  if (mode != file_read_text && mode != file_read_binary) vp::SetOwnerReadWrite(path);
+  return 0;
+}
+
+int MFileUniv::FClose() {
+  if (mOverlapped) {
+    if (!vp::CancelHandleTransfers(mHandle)) return -1;
+    // A handle that cannot write has nothing to flush.
+    if (vp::HandleIsWritable(mHandle) && !vp::FlushHandle(mHandle)) return -1;
+    if (!vp::CloseHandle(mHandle)) return -1;
+    mHandle = -1;
+    mOverlapped = false;
+    ConcatCleanup(&mConcatInfo);
+    return 0;
+  }
+  if (!mStream) return -1;
+  // The stream is closed even without a name, so that nothing written is lost.
+  int result = vp::CloseStream(mStream);
+  mStream = nullptr;
+  mDescriptor = -1;
+  return GetFileSpec().IsNull() ? -1 : result;
+}
+
+int MFileUniv::FDelete(const MString& path) {
+  if (path.GetLength() == 0) return -1;
+  return vp::RemoveFile(path);
+}
+
+// ---- stdio route
+
+int MFileUniv::FRead(char* buffer, int count) {
+  if (count < 0) return -1;
+  return vp::ReadDescriptor(mDescriptor, buffer, static_cast<unsigned>(count));
+}
+
+int MFileUniv::FWrite(const char* buffer, int count) {
+  if (count < 0) return -1;
+  return vp::WriteDescriptor(mDescriptor, buffer, static_cast<unsigned>(count));
+}
+
+long long MFileUniv::FSeek64(long long offset, file_seek_t origin) {
+  if (origin != file_seek_begin && origin != file_seek_end) origin = file_seek_current;
+  return vp::SeekDescriptor(mDescriptor, offset, origin);
+}
+
+long long MFileUniv::FTell64() {
+  if (mOverlapped) return 0;
+  long long position = vp::SeekDescriptor(mDescriptor, 0, file_seek_current);
+  // Positions from 0x7FFFFFFF on are not reported, though they can be reached.
+  return position < 0x7FFFFFFF ? position : -1;
+}
+
+int MFileUniv::FGets(char* buffer, int count) {
+  return vp::StreamGets(mStream, buffer, count) ? 0 : -1;
+}
+
+int MFileUniv::FPuts(const char* text) { return vp::StreamPuts(mStream, text); }
+
+int MFileUniv::FReadVoid(void* buffer, int size, int count) {
+  if (size <= 0 || count <= 0) return 0;
+  return static_cast<int>(vp::StreamRead(mStream, buffer, static_cast<std::size_t>(size), static_cast<std::size_t>(count)));
+}
+
+int MFileUniv::FWriteVoid(const void* buffer, int size, int count) {
+  if (size <= 0 || count <= 0) return 0;
+  return static_cast<int>(vp::StreamWrite(mStream, buffer, static_cast<std::size_t>(size), static_cast<std::size_t>(count)));
+}
+
+int MFileUniv::FGetts(unsigned short* buffer, int count) {
+  if (!buffer || count <= 0 || count > 0x3FFFFFFF) return -1;
+  std::unique_ptr<char[]> bytes(new (std::nothrow) char[static_cast<std::size_t>(count) * 2 + 1]);
+  if (!bytes || !vp::StreamGets(mStream, bytes.get(), count * 2)) return -1;
+  MString line;
+  line.ImportASCII(bytes.get(), -1);
+  // At most one unit for each byte read: the line fits the 2 * count units.
+  const unsigned short* units = line;
+  int length = line.GetLength();
+  for (int i = 0; i <= length; ++i) buffer[i] = units[i];
+  return 0;
+}
+
+int MFileUniv::FPutts(const unsigned short* text) {
+  if (!text) return -1;
+  MString line(text);
+  // A unit takes up to three bytes of UTF-8.
+  int room = line.GetLength() * 3 + 1;
+  std::unique_ptr<char[]> bytes(new (std::nothrow) char[static_cast<std::size_t>(room) + 1]);
+  if (!bytes) return -1;
+  bytes[0] = 0;
+  line.ExportASCII(bytes.get(), room, kCharacterSetWindows);
+  return vp::StreamPuts(mStream, bytes.get());
+}
+
+int MFileUniv::FNativeGetts(unsigned short* buffer, int count) {
+  if (count <= 0 || count > 0x3FFFFFFF) return -1;
+  return vp::StreamGetUnits(mStream, buffer, count * 2) ? 0 : -1;
+}
+
+int MFileUniv::FNativePutts(const unsigned short* text) { return vp::StreamPutUnits(mStream, text); }
+
+// ---- file information
+
+int MFileUniv::FStat(const unsigned short* path, _stati64* info) {
+  vp::FileStatus status;
+  if (!info || vp::StatPath(path, &status) != 0) return -1;
+  CopyStatus(status, info);
+  return 0;
+}
+
+int MFileUniv::FStat(MFileSpecWin& spec, _stati64* info) {
+  if (spec.IsNull()) return -1;
+  return FStat(static_cast<const unsigned short*>(spec.GetFilePath()), info);
+}
+
+int MFileUniv::FStat(_stati64* info) {
+  vp::FileStatus status;
+  if (!info || vp::StatDescriptor(mDescriptor, &status) != 0) return -1;
+  CopyStatus(status, info);
+  return 0;
+}
+
+bool MFileUniv::GetTime(int which, int& year, int& month, int& day, int& hour, int& minute, int& second) const {
+  vp::FileStatus status;
+  if (vp::StatDescriptor(mDescriptor, &status) != 0) return false;
+  int64_t seconds = which == 0 ? status.st_ctime64 : which == 1 ? status.st_mtime64 : status.st_atime64;
+  vp::CalendarTime t;
+  if (!vp::ToLocalTime(seconds, &t)) return false;
+  year = t.year;
+  month = t.month;
+  day = t.day;
+  hour = t.hour;
+  minute = t.minute;
+  second = t.second;
+  return true;
+}
+
+bool MFileUniv::GetCreateTime(int& year, int& month, int& day, int& hour, int& minute, int& second) const {
+  return GetTime(0, year, month, day, hour, minute, second);
+}
+
+bool MFileUniv::GetModifyTime(int& year, int& month, int& day, int& hour, int& minute, int& second) const {
+  return GetTime(1, year, month, day, hour, minute, second);
+}
+
+bool MFileUniv::GetAccessTime(int& year, int& month, int& day, int& hour, int& minute, int& second) const {
+  return GetTime(2, year, month, day, hour, minute, second);
+}
+
+long long MFileUniv::GetSize() {
+  if (mOverlapped) return vp::GetHandleSize(mHandle);
+  vp::FileStatus status;
+  if (vp::StatPath(GetFileSpec().GetFilePath(), &status) != 0) return -1;
+  return status.st_size;
+}
+
+// ---- size changes
+
+int MFileUniv::FSetEndOfFile() { return vp::EndFileAtPosition(mDescriptor); }
+
+int MFileUniv::FSetFileSize(long long size) { return vp::SetHandleSize(mHandle, size) ? 0 : -1; }
+
+// ---- overlapped transfers
+
+uint32_t MFileUniv::FReadOverlapped(long long offset, char* buffer, long count, OVERLAPPED* overlapped,
+                                    void* event) {
+  if (offset < 0 || count < 0 || !buffer || !overlapped) return vp::SetLastErrorInvalidArgument();
+  mSectorLead = static_cast<long>(offset % kSectorSize);
+  *overlapped = OVERLAPPED{};
+  vp::SetOffset(*overlapped, offset - mSectorLead);
+  overlapped->hEvent = event;
+  const long long length = (count + mSectorLead + kSectorSize - 1) / kSectorSize * kSectorSize;
+  char* start = buffer - mSectorLead;
+  const int sector = static_cast<int>(offset / kSectorSize);
+  uint32_t error = vp::StartHandleTransfer(mHandle, false, start, static_cast<uint32_t>(length),
+                                     overlapped, nullptr);
+  if (IsPending(error)) return 0;
+  MString text;
+  text.Format(u"Retry ReadFile at sector %d due to Win32 error %d ..."_u16, sector, static_cast<int>(error));
+  CMessageAction::Warning(this, text);
+  error = vp::StartHandleTransfer(mHandle, false, start, static_cast<uint32_t>(length), overlapped,
+                            nullptr);
+  if (IsPending(error)) return 0;
+  text.Format(u"ReadFile at sector %d failed, Win32 error %d"_u16, sector, static_cast<int>(error));
+  CMessageAction::Error(this, text);
+  return error;
+}
+
+uint32_t MFileUniv::FWriteOverlapped(long long offset, char* buffer, long count, OVERLAPPED* overlapped,
+                                     void* event) {
+  if (offset < 0 || count < 0 || !buffer || !overlapped) return vp::SetLastErrorInvalidArgument();
+  *overlapped = OVERLAPPED{};
+  vp::SetOffset(*overlapped, offset);
+  overlapped->hEvent = event;
+  uint32_t error = vp::StartHandleTransfer(mHandle, true, buffer, static_cast<uint32_t>(count),
+                                     overlapped, nullptr);
+  if (error == 0 || error == kErrorIoPending) return 0;
+  MString text;
+  text.Format(u"WriteFile failed at sector %d, error %d"_u16, static_cast<int>(offset / kSectorSize),
+              static_cast<int>(error));
+  CMessageAction::Error(this, text, 16);
+  return error;
+}
+
+uint32_t MFileUniv::FWaitOverlappedCompletion(void* event, unsigned long seconds) {
+  auto* waited = static_cast<MEvent*>(event);
+  if (!waited) return kWaitFailed;
+  const uint32_t limit = seconds >= kWaitForever / 1000 ? kWaitForever : static_cast<uint32_t>(seconds * 1000);
+  uint32_t result = waited->Wait(limit, false);
+  waited->Reset();
+  return result;
+}

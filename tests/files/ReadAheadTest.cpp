@@ -1,0 +1,114 @@
+// The read-ahead buffer over a 10000-byte file in 4096-byte blocks: block
+// changes, short reads at the end, reads in front of the block.
+#include <VantoroBasicUtils/files/AsyncReadBuffer.h>
+#include <VantoroBasicUtils/files/MFileUniv.h>
+
+#include <gtest/gtest.h>
+
+#include "support/TempFolder.h"
+
+namespace {
+
+class ReadAhead : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    WriteAll(dir.Bytes("title.vob"), content);
+    ASSERT_EQ(file.FOpen(dir.Path("title.vob"), MFile::file_overlapped_read), 0);
+  }
+  void TearDown() override { file.FClose(); }
+
+  // Reads through the buffer and checks the bytes against the file's.
+  int Read(long long offset, int size) {
+    std::string got(static_cast<std::size_t>(size), '\0');
+    int n = ahead.ReadBuffer(offset, got.data(), size);
+    if (n > 0) {
+      EXPECT_EQ(got.substr(0, static_cast<std::size_t>(n)), content.substr(offset, static_cast<std::size_t>(n)));
+    }
+    return n;
+  }
+
+  TempFolder dir;
+  std::string content = Pattern(10000);
+  MFileUniv file;
+  AsyncReadBuffer ahead;
+};
+
+}  // namespace
+
+TEST_F(ReadAhead, ForwardReadsChangeBlocksOnceAndEndShort) {
+  ASSERT_EQ(ahead.InitReadBuffer(&file, 0, 4096, 0), 0);
+  EXPECT_EQ(ahead.GetValidBytes(), 4096);
+  EXPECT_EQ(ahead.GetRemaining(), 5904);
+  EXPECT_TRUE(ahead.IsReadPending());
+  EXPECT_EQ(ahead.GetPendingBytes(), 4096);
+
+  EXPECT_EQ(Read(0, 1000), 1000);
+  EXPECT_EQ(ahead.GetBlockOffset(), 0) << "no block change";
+
+  EXPECT_EQ(Read(4000, 200), 200) << "96 from one block, 104 from the next";
+  EXPECT_EQ(ahead.GetBlockOffset(), 4096);
+  EXPECT_EQ(ahead.GetRemaining(), 1808);
+  EXPECT_EQ(ahead.GetPendingBytes(), 1808);
+
+  EXPECT_EQ(Read(8100, 2000), 1900) << "short: the file ends";
+  EXPECT_EQ(ahead.GetBlockOffset(), 8192);
+  EXPECT_EQ(ahead.GetRemaining(), 0);
+  EXPECT_FALSE(ahead.IsReadPending());
+  EXPECT_EQ(Read(10000, 10), 0);
+  EXPECT_EQ(Read(9990, 20), 10) << "drained: only what the block holds";
+
+  // In front of the block: a piece of its own; the blocks stay.
+  EXPECT_EQ(Read(100, 50), 50);
+  EXPECT_EQ(ahead.GetBlockOffset(), 8192);
+  EXPECT_EQ(Read(8182, 30), 30) << "10 bytes from the piece, 20 from the block";
+  EXPECT_EQ(Read(5000, 4000), 4000) << "far in front, at an offset off the sector";
+}
+
+TEST_F(ReadAhead, AReadOfExactlyTheBytesLeftChangesBlocksOnlyOnTheNextRead) {
+  ASSERT_EQ(ahead.InitReadBuffer(&file, 0, 4096, 0), 0);
+  EXPECT_EQ(Read(0, 4096), 4096);
+  EXPECT_EQ(ahead.GetBlockOffset(), 0);
+  EXPECT_EQ(Read(4096, 10), 10);
+  EXPECT_EQ(ahead.GetBlockOffset(), 4096);
+}
+
+TEST_F(ReadAhead, ReadingInFrontNeverDeliversBytesBehindTheFile) {
+  ASSERT_EQ(ahead.InitReadBuffer(&file, 8192, 4096, 0), 0);
+  EXPECT_EQ(ahead.GetValidBytes(), 1808);
+  EXPECT_FALSE(ahead.IsReadPending()) << "the rest fits one block";
+  // 100 bytes in front of the block, and more than the block holds behind them.
+  EXPECT_EQ(Read(8092, 4000), 100 + 1808);
+}
+
+TEST_F(ReadAhead, AGapForwardStillDeliversTheBytesAsked) {
+  ASSERT_EQ(ahead.InitReadBuffer(&file, 0, 4096, 0), 0);
+  EXPECT_EQ(Read(5000, 100), 100) << "inside the next block";
+  EXPECT_EQ(ahead.GetBlockOffset(), 4096);
+  EXPECT_EQ(Read(9000, 500), 500) << "behind the next block too";
+}
+
+TEST_F(ReadAhead, StartsThatHaveNothingToRead) {
+  EXPECT_EQ(ahead.InitReadBuffer(&file, 10000, 4096, 0), AsyncReadBuffer::kNothingToRead);
+  EXPECT_EQ(ahead.InitReadBuffer(&file, 20000, 4096, 0), AsyncReadBuffer::kNothingToRead);
+  EXPECT_EQ(ahead.InitReadBuffer(nullptr, 0, 4096, 0), AsyncReadBuffer::kReadFailed);
+  // The blocks of the earlier calls serve a later one.
+  ASSERT_EQ(ahead.InitReadBuffer(&file, 0, 2048, 0), 0);
+  EXPECT_EQ(Read(0, 3000), 3000);
+
+  AsyncReadBuffer unused;
+  char byte;
+  EXPECT_EQ(unused.ReadBuffer(0, &byte, 1), 0) << "no file: nothing to read";
+  int bytes = -1;
+  EXPECT_EQ(unused.FillInReadBuffer(bytes), 0);
+  EXPECT_EQ(bytes, 0);
+}
+
+TEST_F(ReadAhead, ASmallFileIsOneReadAndNothingPending) {
+  WriteAll(dir.Bytes("small"), content.substr(0, 3000));
+  MFileUniv small;
+  ASSERT_EQ(small.FOpen(dir.Path("small"), MFile::file_overlapped_read), 0);
+  ASSERT_EQ(ahead.InitReadBuffer(&small, 0, 4096, 0), 0);
+  EXPECT_FALSE(ahead.IsReadPending());
+  EXPECT_EQ(Read(2990, 100), 10);
+  EXPECT_EQ(Read(3000, 1), 0);
+}
