@@ -136,3 +136,21 @@ TEST_F(Concat, WithoutARunThereIsNothingToJoin) {
   // A run started twice keeps one set of buffers (leaks would show under the sanitizer).
   EXPECT_EQ(destination.ConcatInitialize(2048, 0), 0);
 }
+
+TEST(ConcatFull, ADestinationWithNoRoomFailsWithTheSystemsText) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full here";
+  TempFolder dir;
+  WriteAll(dir.Bytes("a"), Pattern(5000));
+  MFileUniv full;
+  ASSERT_EQ(full.FOpen(u"/dev/full"_u16, MFile::file_overlapped_write), 0);
+  ASSERT_EQ(full.ConcatInitialize(2048, 0), 0);
+  Hearing hearing;
+  MString path = dir.Path("a");
+  bool cancelled = false;
+  EXPECT_EQ(full.ConcatFile(path, 0, cancelled, 0), -1);
+  ASSERT_EQ(hearing.messages, std::vector<long>{26000});
+  EXPECT_EQ(hearing.texts[0], u"No space left on device");
+  EXPECT_EQ(full.GetConcatInfo().mWriteInfo.mOverlapped.Offset, 0u) << "nothing counted as written";
+  char block[100] = {};
+  EXPECT_EQ(full.ConcatBufferSynchronously(block, 100), -1);
+}

@@ -24,12 +24,17 @@ for name in 'Handle::Resize' 'StPointerBlock::StPointerBlock' 'UMemUtils::memcpy
             'CTimecode::Nondrop2Drop' 'CTimecode::SetTotalFrame' 'operator-(CTimecode const&, CTimecode const&)' \
             'CTimecodeParser::Parse' 'CDuration::GetEndTimeUI' 'CDurationList::Change2PAL' 'CDateTime::IsLeapYear' \
             'CAppBits::GetBits' 'CAppBits::sFirstByteMasks' 'CAppBytes::GetBytes' 'GetMB32' 'SetLB16' \
-            'UByteSwapper::Swap(char*, short)' 'UByteSwapper::SwapUL'; do
+            'UByteSwapper::Swap(char*, short)' 'UByteSwapper::SwapUL' \
+            'AddDirectorySeparator(unsigned short const*, bool, unsigned long)' 'DeleteTailCharacter' \
+            'MFileSpecWin::CreateUniqueFileSpec' 'MFileSpecWin::IsDriveReadOnly' 'MFile::FileExist' 'vtable for MFile' \
+            'MFileUniv::FReadOverlapped' 'MFileUniv::FWaitOverlappedCompletion' 'MFileUniv::ConcatFile' \
+            'MFileUniv::FNativeGetts' 'ConcatCompletionRoutine' 'AsyncReadBuffer::ReadBuffer' 'MEvent::Wait' \
+            'GetLastError' 'CThreadStatus::AdvancePosition' 'CThreadStatus::sThreadStatus'; do
   if ! grep -qF -- "$name" <<<"$symbols"; then
     echo "not exported: $name"; fail=1
   fi
 done
-for pattern in 'vbu::wtext' 'vbu::platform' 'vbu::text' 'anonymous namespace' 'MoveBytes' 'EffectiveSize' 'LArrayOrdering' 'MThreadQueueState' 'ToSystemBytes'; do
+for pattern in 'vbu::wtext' 'vbu::platform' 'vbu::text' 'anonymous namespace' 'MoveBytes' 'EffectiveSize' 'LArrayOrdering' 'MThreadQueueState' 'ToSystemBytes' 'io_uring' 'PathBytes'; do
   if grep -qF -- "$pattern" <<<"$symbols"; then
     echo "internal symbol exported:"; grep -F -- "$pattern" <<<"$symbols" | head -n5; fail=1
   fi

@@ -1,0 +1,141 @@
+// Path tails, file specs (MFileSpecWin), the search for a free name, and the
+// abstract file's base behaviour.
+#include <VantoroBasicUtils/files/MFile.h>
+#include <VantoroBasicUtils/files/MFileSpec.h>
+#include <VantoroBasicUtils/files/PathTails.h>
+
+#include <gtest/gtest.h>
+
+#include "support/TempFolder.h"
+
+using namespace vbu::literals;
+
+namespace {
+
+std::u16string S(const MString& text) { return Text(text); }
+
+}  // namespace
+
+TEST(PathTails, TrailingSeparatorsAndCharacters) {
+  EXPECT_EQ(S(DeleteTailDirectorySeparator(u"/a/b//"_u16)), u"/a/b");
+  EXPECT_EQ(S(DeleteTailDirectorySeparator(u"///"_u16)), u"");
+  EXPECT_EQ(S(DeleteTailDirectorySeparator(nullptr)), u"");
+  EXPECT_EQ(S(DeleteTailCharacter(u"name.."_u16, '.')), u"name");
+  EXPECT_EQ(S(DeleteTailCharacter(u"name"_u16, 0)), u"name");
+
+  EXPECT_EQ(S(AddDirectorySeparator(u"/a//"_u16, true, 1)), u"/a/");
+  EXPECT_EQ(S(AddDirectorySeparator(u"/a//"_u16, true, 2)), u"/a//");
+  EXPECT_EQ(S(AddDirectorySeparator(u"/a//"_u16, false, 1)), u"/a///");
+  EXPECT_EQ(S(AddDirectorySeparator(u"/a//"_u16, true, 0)), u"/a");
+  EXPECT_EQ(S(AddDirectorySeparator(MString(u"/a"_u16), true, 1)), u"/a/");
+  EXPECT_EQ(S(AddDirectorySeparator(u""_u16, true, 3)), u"") << "nothing gets no separator";
+  EXPECT_EQ(S(AddDirectorySeparator(static_cast<const unsigned short*>(nullptr), false, 1)), u"");
+}
+
+TEST(FileSpec, ValuesCompareExactlyAndKnowTheirFolder) {
+  MFileSpecWin spec;
+  EXPECT_TRUE(spec.IsNull());
+  spec.SetFilePath(u"/a/b.txt"_u16);
+  EXPECT_FALSE(spec.IsNull());
+  spec.SetFilePath(u""_u16);
+  EXPECT_TRUE(spec.IsNull());
+  spec.SetFilePathName(nullptr);
+  EXPECT_TRUE(spec.IsNull());
+
+  MFileSpecWin lower(u"/a/b.txt"_u16), upper(u"/A/b.txt"_u16), same(lower);
+  EXPECT_TRUE(lower == same);
+  EXPECT_FALSE(lower == upper) << "case counts";
+  EXPECT_TRUE(lower != upper);
+  unsigned short copy[16];
+  lower.GetFilePathName(copy);
+  EXPECT_EQ(Text(copy), u"/a/b.txt");
+  lower.GetFilePath() += u"x"_u16;
+  EXPECT_EQ(S(lower.GetFilePath()), u"/a/b.txtx") << "the field itself";
+
+  char16_t withFolder[] = u"/a/b.txt";
+  char16_t bare[] = u"b.txt";
+  EXPECT_EQ(S(MFileSpecWin::GetDirectory(vbu::ToUnits(withFolder))), u"/a/");
+  EXPECT_EQ(S(MFileSpecWin::GetDirectory(vbu::ToUnits(bare))), u"b.txt");
+  EXPECT_EQ(S(MFileSpecWin::GetDirectory(nullptr)), u"");
+
+  MString drive, folder, name, extension;
+  SplitPath(u"/a/b.c/d.tar.gz"_u16, drive, folder, name, extension);
+  EXPECT_EQ(S(drive), u"");
+  EXPECT_EQ(S(folder), u"/a/b.c/");
+  EXPECT_EQ(S(name), u"d.tar");
+  EXPECT_EQ(S(extension), u".gz");
+  SplitPath(u"plain"_u16, drive, folder, name, extension);
+  EXPECT_EQ(S(folder) + u"|" + S(name) + u"|" + S(extension), u"|plain|");
+}
+
+TEST(FileSpec, ExistenceAndDeletion) {
+  TempFolder dir;
+  MFileSpecWin spec(dir.Path("b.txt"));
+  EXPECT_FALSE(spec.FileExist());
+  EXPECT_FALSE(spec.Delete());
+  WriteAll(dir.Bytes("b.txt"), "x");
+  EXPECT_TRUE(spec.FileExist());
+  EXPECT_TRUE(MFile::FileExist(dir.Path("b.txt")));
+  EXPECT_TRUE(spec.Delete());
+  EXPECT_FALSE(spec.FileExist());
+  EXPECT_FALSE(MFileSpecWin().FileExist());
+}
+
+TEST(FileSpec, UniqueNamesCountUpFromTheFreeOne) {
+  TempFolder dir;
+  MFileSpecWin source(dir.Path("b.txt")), result;
+  ASSERT_TRUE(MFileSpecWin::CreateUniqueFileSpec(source, u".tmp"_u16, &result));
+  EXPECT_EQ(S(result.GetFilePath()), S(dir.Path("b.tmp"))) << "a free name is taken as it is";
+  WriteAll(dir.Bytes("b.tmp"), "");
+  WriteAll(dir.Bytes("b_1.tmp"), "");
+  ASSERT_TRUE(MFileSpecWin::CreateUniqueFileSpec(source, u".tmp"_u16, &result));
+  EXPECT_EQ(S(result.GetFilePath()), S(dir.Path("b_2.tmp")));
+  EXPECT_FALSE(std::filesystem::exists(dir.Bytes("b_2.tmp"))) << "nothing is created";
+  ASSERT_TRUE(MFileSpecWin::CreateUniqueFileSpec(source, u""_u16, &result));
+  EXPECT_EQ(S(result.GetFilePath()), S(dir.Path("b.txt"))) << "its own extension; the source itself is free";
+  WriteAll(dir.Bytes("b.txt"), "");
+  ASSERT_TRUE(MFileSpecWin::CreateUniqueFileSpec(source, nullptr, &result));
+  EXPECT_EQ(S(result.GetFilePath()), S(dir.Path("b_1.txt")));
+  EXPECT_FALSE(source.IsOnReadOnlyDrive());
+  EXPECT_FALSE(MFileSpecWin::IsDriveReadOnly(dir.Path(""), false));
+}
+
+TEST(FileSpec, ASourceWhereNothingCanBeWrittenIsRefusedWithAMessage) {
+  Hearing hearing;
+  MFileSpecWin source(u"/no/such/volume/b.txt"_u16), result(u"/kept"_u16);
+  EXPECT_TRUE(source.IsOnReadOnlyDrive()) << "a folder that cannot be asked counts as read-only";
+  EXPECT_TRUE(MFileSpecWin::IsDriveReadOnly(u"/no/such/volume"_u16, false)) << "no root";
+  EXPECT_FALSE(MFileSpecWin::CreateUniqueFileSpec(source, u".tmp"_u16, &result));
+  EXPECT_EQ(S(result.GetFilePath()), u"/kept");
+  ASSERT_EQ(hearing.messages, std::vector<long>{26000});
+  EXPECT_EQ(hearing.texts[0], u"/no/such/volume/b.txt is on a read-only drive. This is not supported. please copy "
+                              u"it to a writable disk.");
+}
+
+TEST(AbstractFile, EveryOperationGivesTheBaseResult) {
+  MFile file;
+  MFileSpecWin spec(u"/a/b"_u16);
+  char bytes[4] = {};
+  _stati64 info{};
+  EXPECT_EQ(file.FDelete(), -1);
+  EXPECT_EQ(file.FOpen(spec, MFile::file_read_binary), -1);
+  EXPECT_EQ(file.FOpen(u"/a/b"_u16, MFile::file_read_binary), -1);
+  EXPECT_TRUE(file.GetFileSpec().IsNull()) << "the base names nothing on a failed open";
+  EXPECT_EQ(file.FRead(bytes, 4), -1);
+  EXPECT_EQ(file.FWrite(bytes, 4), -1);
+  EXPECT_EQ(file.FSeek64(0, MFile::file_seek_begin), -1);
+  EXPECT_EQ(file.FTell64(), -1);
+  EXPECT_EQ(file.FGets(bytes, 4), -1);
+  EXPECT_EQ(file.FPuts("x"), -1);
+  EXPECT_EQ(file.FClose(), -1);
+  EXPECT_EQ(file.FStat(spec, &info), -1);
+  EXPECT_EQ(file.FStat(&info), -1);
+  EXPECT_EQ(file.GetSize(), -1);
+  int y = 9, mo = 9, d = 9, h = 9, mi = 9, s = 9;
+  EXPECT_TRUE(file.GetCreateTime(y, mo, d, h, mi, s));
+  EXPECT_EQ(y + mo + d + h + mi + s, 0);
+  file.SetFileSpec(spec);
+  EXPECT_EQ(S(file.GetFilePath()), u"/a/b");
+  MFile copy(file);
+  EXPECT_EQ(S(copy.GetFilePath()), u"/a/b");
+}

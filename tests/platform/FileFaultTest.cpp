@@ -1,0 +1,221 @@
+// Files when the system fails: a source that cannot be read, a destination
+// that fills up, a folder where nothing may be written, and the read-only
+// tests of volumes. This program moves transfers on the layer's own threads
+// (see routes/ForceThreads.cpp), so that each system call can be failed.
+#include <VantoroBasicUtils/files/MFileSpec.h>
+#include <VantoroBasicUtils/files/MFileUniv.h>
+
+#include <sys/statfs.h>
+#include <sys/statvfs.h>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "platform/FaultInjection.h"
+#include "support/TempFolder.h"
+
+using namespace vbu::literals;
+namespace vp = vbu::platform;
+
+namespace {
+
+constexpr long kBuffer = 4194304;
+
+// Fails the `n`th call (1 = the next) of pread or pwrite with `error`; the others go through.
+class StFailTransfer : public StSysCallTable {
+ public:
+  StFailTransfer(bool write, int n, int error) {
+    sCountdown = n;
+    sError = error;
+    if (write) {
+      vp::Sys().pwrite = [](int fd, const void* buffer, std::size_t count, int64_t offset) -> long {
+        if (--sCountdown == 0) return errno = sError, -1;
+        return vp::DefaultSysCalls().pwrite(fd, buffer, count, offset);
+      };
+    } else {
+      vp::Sys().pread = [](int fd, void* buffer, std::size_t count, int64_t offset) -> long {
+        if (--sCountdown == 0) return errno = sError, -1;
+        return vp::DefaultSysCalls().pread(fd, buffer, count, offset);
+      };
+    }
+  }
+
+ private:
+  static inline std::atomic<int> sCountdown{0};
+  static inline int sError = 0;
+};
+
+class JoinFaults : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    first = Pattern(5000, 1);
+    second = Pattern(2 * kBuffer + 100, 2);
+    WriteAll(dir.Bytes("first"), first);
+    WriteAll(dir.Bytes("second"), second);
+    ASSERT_EQ(destination.FOpen(dir.Path("disc.iso"), MFile::file_overlapped_create), 0);
+    ASSERT_EQ(destination.ConcatInitialize(2048, 0), 0);
+    ASSERT_EQ(Join("first"), 0);
+  }
+  long Join(const char* name) {
+    MString path = dir.Path(name);
+    bool cancelled = false;
+    return destination.ConcatFile(path, 0, cancelled, 0);
+  }
+  std::string Disc() {
+    destination.FClose();
+    return ReadAll(dir.Bytes("disc.iso"));
+  }
+
+  TempFolder dir;
+  std::string first, second;
+  MFileUniv destination;
+};
+
+std::u16string SystemText(int error) {
+  std::string text = std::strerror(error);
+  return std::u16string(text.begin(), text.end());
+}
+
+}  // namespace
+
+TEST_F(JoinFaults, ASourceThatCannotBeReadStopsTheJoinWithTheSystemsText) {
+  Hearing hearing;
+  {
+    StFailTransfer fail(false, 2, EIO);  // the second read of the second source
+    EXPECT_EQ(Join("second"), -1);
+  }
+  ASSERT_EQ(hearing.messages, std::vector<long>{26000});
+  EXPECT_EQ(hearing.texts[0], SystemText(EIO));
+  // The first source, and the first piece of the second, are on the disc.
+  std::string disc = Disc();
+  EXPECT_EQ(disc.substr(0, 6144), first + std::string(1144, '\0'));
+  EXPECT_EQ(disc.substr(6144, kBuffer), second.substr(0, kBuffer));
+}
+
+TEST_F(JoinFaults, AFullDiskStopsTheJoinAndKeepsWhatWasWritten) {
+  Hearing hearing;
+  {
+    StFailTransfer fail(true, 2, ENOSPC);
+    EXPECT_EQ(Join("second"), -1);
+  }
+  ASSERT_EQ(hearing.messages, std::vector<long>{26000});
+  EXPECT_EQ(hearing.texts[0], SystemText(ENOSPC));
+  EXPECT_EQ(destination.GetConcatInfo().mWriteInfo.mOverlapped.Offset, 6144u + kBuffer);
+  EXPECT_EQ(Disc().substr(0, 6144), first + std::string(1144, '\0'));
+}
+
+TEST_F(JoinFaults, ASourceWhoseSizeCannotBeHadGivesTheCode) {
+  StSysCallTable saved;
+  vp::Sys().fstat = [](int, struct ::stat*) { return errno = EIO, -1; };
+  EXPECT_EQ(Join("second"), EIO);
+}
+
+TEST(FileFaults, AFolderWhereNothingMayBeWrittenRefusesEveryOpen) {
+  TempFolder dir;
+  StSysCallTable saved;
+  vp::Sys().open = [](const char*, int, unsigned) { return errno = EROFS, -1; };
+  MFileUniv file;
+  EXPECT_EQ(file.FOpen(dir.Path("disc.iso"), MFile::file_overlapped_create), -1);
+  EXPECT_EQ(GetLastError(), static_cast<uint32_t>(EROFS));
+  EXPECT_EQ(file.FOpen(dir.Path("list.txt"), MFile::file_create_text), -1);
+  EXPECT_EQ(file.FClose(), -1);
+  EXPECT_FALSE(std::filesystem::exists(dir.Bytes("disc.iso")));
+}
+
+TEST(FileFaults, AStreamThatCannotWriteSaysSoAtItsClose) {
+  TempFolder dir;
+  MFileUniv file;
+  ASSERT_EQ(file.FOpen(dir.Path("list.txt"), MFile::file_create_text), 0);
+  EXPECT_GE(file.FPuts("buffered line\n"), 0);
+  StSysCallTable saved;
+  vp::Sys().write = [](int, const void*, std::size_t) -> long { return errno = ENOSPC, -1; };
+  EXPECT_EQ(file.FWrite("x", 1), -1);
+  EXPECT_EQ(GetLastError(), static_cast<uint32_t>(ENOSPC));
+  EXPECT_NE(file.FClose(), 0) << "the stream's bytes never reached the disk";
+}
+
+TEST(FileFaults, ErrorCodesNeverReadAsEndOfFile) {
+  StSysCallTable saved;
+  vp::Sys().open = [](const char*, int, unsigned) { return errno = ENOSYS, -1; };
+  MFileUniv file;
+  EXPECT_EQ(file.FOpen(u"/x"_u16, MFile::file_overlapped_read), -1);
+  EXPECT_NE(GetLastError(), kErrorHandleEof);
+  EXPECT_EQ(GetLastError(), kErrorNotImplemented);
+}
+
+// ---- read-only tests of volumes
+
+namespace {
+
+struct VolumeAnswers {
+  static inline int statvfsCalls = 0, statfsCalls = 0;
+  static inline unsigned long freeBlocks = 100, flags = 0;
+  static inline long type = 0xEF53;  // ext4
+  static inline bool statvfsFails = false;
+};
+
+class StVolume : public StSysCallTable {
+ public:
+  StVolume() {
+    VolumeAnswers::statvfsCalls = VolumeAnswers::statfsCalls = 0;
+    VolumeAnswers::freeBlocks = 100;
+    VolumeAnswers::flags = 0;
+    VolumeAnswers::type = 0xEF53;
+    VolumeAnswers::statvfsFails = false;
+    vp::Sys().statvfs = [](const char*, struct ::statvfs* info) {
+      ++VolumeAnswers::statvfsCalls;
+      if (VolumeAnswers::statvfsFails) return errno = EIO, -1;
+      std::memset(info, 0, sizeof *info);
+      info->f_bavail = VolumeAnswers::freeBlocks;
+      info->f_frsize = 4096;
+      info->f_flag = VolumeAnswers::flags;
+      return 0;
+    };
+    vp::Sys().statfs = [](const char*, struct ::statfs* info) {
+      ++VolumeAnswers::statfsCalls;
+      std::memset(info, 0, sizeof *info);
+      info->f_type = VolumeAnswers::type;
+      return 0;
+    };
+  }
+};
+
+}  // namespace
+
+TEST(ReadOnlyVolumes, FullReadOnlyOpticalAndUnaskableVolumesCannotBeWritten) {
+  TempFolder dir;
+  MString root = dir.Path("");
+  StVolume volume;
+  EXPECT_FALSE(MFileSpecWin::IsDriveReadOnly(root, false));
+  VolumeAnswers::freeBlocks = 0;
+  EXPECT_TRUE(MFileSpecWin::IsDriveReadOnly(root, false)) << "a full volume counts as read-only";
+  VolumeAnswers::freeBlocks = 100;
+  VolumeAnswers::flags = ST_RDONLY;
+  EXPECT_TRUE(MFileSpecWin::IsDriveReadOnly(root, false));
+  EXPECT_FALSE(MFileSpecWin::IsDriveReadOnly(root, true)) << "without the kind, free space alone decides";
+  VolumeAnswers::flags = 0;
+  VolumeAnswers::type = 0x9660;
+  EXPECT_TRUE(MFileSpecWin::IsDriveReadOnly(root, false)) << "ISO 9660";
+  VolumeAnswers::type = 0x15013346;
+  EXPECT_TRUE(MFileSpecWin::IsDriveReadOnly(root, false)) << "UDF";
+  VolumeAnswers::type = 0xEF53;
+  VolumeAnswers::statvfsFails = true;
+  EXPECT_TRUE(MFileSpecWin::IsDriveReadOnly(root, true)) << "a volume that cannot be asked";
+}
+
+TEST(ReadOnlyVolumes, AFileIsJudgedByTheFreeSpaceOfItsFolderAlone) {
+  TempFolder dir;
+  StVolume volume;
+  VolumeAnswers::type = 0x9660;  // would count as optical if the kind were asked
+  EXPECT_FALSE(MFileSpecWin::IsFileOnReadOnlyDrive(dir.Path("b.txt")));
+  EXPECT_EQ(VolumeAnswers::statfsCalls, 0);
+  EXPECT_EQ(VolumeAnswers::statvfsCalls, 1);
+  VolumeAnswers::freeBlocks = 0;
+  Hearing hearing;
+  MFileSpecWin source(dir.Path("b.txt")), result(u"/kept"_u16);
+  EXPECT_FALSE(MFileSpecWin::CreateUniqueFileSpec(source, u".tmp"_u16, &result));
+  EXPECT_EQ(Text(result.GetFilePath()), u"/kept");
+  EXPECT_EQ(hearing.messages, std::vector<long>{26000});
+}
