@@ -233,7 +233,7 @@ void MFileUniv::ConcatReadBuffer(ConcatInfo* info, ConcatCallbackInfo* record) {
 
 long MFileUniv::ConcatOpenSourceFile(ConcatInfo* info, unsigned short* path) {
   // The source goes through the system cache, unlike the destination.
-  info->mSource = vp::OpenHandle(path, vp::HandleAccess::kRead, vp::HandleDisposition::kOpenExisting, false);
+  info->mSource = vp::OpenHandle(path, vp::HandleAccess::kRead, vp::HandleDisposition::kOpenExisting, false, true);
   return info->mSource == -1 ? -1 : 0;
 }
 

@@ -84,9 +84,11 @@ enum class HandleDisposition { kCreateAlways, kOpenAlways, kOpenExisting };
 // 2048-byte sectors at sector offsets, from addresses on a sector boundary.
 // Where the file system cannot do that (no direct transfers, or a coarser
 // alignment than the sector), the handle quietly goes through the cache.
-// Gives the handle or -1.
+// `sequential` says that the file is read from start to end: reads through
+// the cache then have the system fetch the next piece of the same length
+// while the caller works on this one. Gives the handle or -1.
 intptr_t OpenHandle(const unsigned short* path, HandleAccess access, HandleDisposition disposition,
-                    bool unbuffered);
+                    bool unbuffered, bool sequential = false);
 // True when the handle bypasses the system cache.
 bool HandleIsUnbuffered(intptr_t handle);
 // True when the handle may write.

@@ -45,6 +45,8 @@ struct SysCalls {
   int (*fcntl)(int fd, int command, long argument);
   int (*unlink)(const char* path);
   int (*chmod)(const char* path, unsigned mode);
+  // posix_fadvise: gives 0 or an error number (not through errno).
+  int (*fadvise)(int fd, int64_t offset, int64_t length, int advice);
 
   // Page-aligned blocks of zeroed memory.
   void* (*mmap)(std::size_t size);  // MAP_FAILED ((void*)-1) on failure

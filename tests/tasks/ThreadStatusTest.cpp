@@ -86,3 +86,26 @@ TEST(ThreadStatus, NobodyListeningIsNoEffect) {
   CThreadStatus::SetPosition(1);
   EXPECT_EQ(display.seen.size(), 1u);
 }
+
+TEST(ThreadStatus, WorkersReportingAtOnceReachTheListenerOneAtATime) {
+  // Two joins of different kinds may run side by side; the listener is
+  // called for one report at a time, so a plain counter stays exact.
+  class Counter : public LListener {
+   public:
+    Counter() { CThreadStatus::GetThreadStatus()->AddListener(this); }
+    bool ListenToMessage(long, void* param) override {
+      total += static_cast<ThreadStatusRecord*>(param)->position;
+      return true;
+    }
+    long long total = 0;
+  } counter;
+  constexpr int kWorkers = 4, kReports = 20000;
+  std::vector<std::thread> workers;
+  for (int w = 0; w < kWorkers; ++w) {
+    workers.emplace_back([] {
+      for (int i = 0; i < kReports; ++i) CThreadStatus::AdvancePosition(1);
+    });
+  }
+  for (std::thread& worker : workers) worker.join();
+  EXPECT_EQ(counter.total, kWorkers * kReports);
+}
