@@ -4,6 +4,13 @@
 
 CThreadStatus::CThreadStatus() = default;
 
+CThreadStatus::CThreadStatus(const CThreadStatus& other) : LBroadcaster(other) {}
+
+CThreadStatus& CThreadStatus::operator=(const CThreadStatus& other) {
+  LBroadcaster::operator=(other);
+  return *this;
+}
+
 CThreadStatus::~CThreadStatus() = default;
 
 CThreadStatus* CThreadStatus::GetThreadStatus() { return &sThreadStatus; }
@@ -38,5 +45,8 @@ void CThreadStatus::BroadcastStatus(int mask, long long position, long long rang
                             MString(), MString()};
   if (status) record.status = status;
   if (description) record.description = description;
+  // The walk over the listeners is not safe against a second walk on
+  // another thread; workers report side by side.
+  CSingleLock lock(&mSection, true);
   BroadcastMessage(kMsgThreadStatus, &record);
 }

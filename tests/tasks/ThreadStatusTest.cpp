@@ -109,3 +109,12 @@ TEST(ThreadStatus, WorkersReportingAtOnceReachTheListenerOneAtATime) {
   for (std::thread& worker : workers) worker.join();
   EXPECT_EQ(counter.total, kWorkers * kReports);
 }
+
+TEST(ThreadStatus, ACopyReportsToNobody) {
+  Display display;
+  CThreadStatus copy(*CThreadStatus::GetThreadStatus());
+  copy.BroadcastStatus(kStatusText, 0, 0, u"x"_u16, nullptr);
+  EXPECT_TRUE(display.seen.empty()) << "listeners stay with the original";
+  CThreadStatus::SetStatus(u"y"_u16);
+  EXPECT_EQ(display.seen.size(), 1u);
+}
