@@ -69,15 +69,21 @@ bool MFileSpecWin::IsDriveReadOnly(const unsigned short* root, bool skipDriveTyp
 }
 
 bool MFileSpecWin::IsFileOnReadOnlyDrive(const unsigned short* path) {
+  // No path names no place to write.
+  if (!path || path[0] == 0) return true;
   MString drive, directory, name, extension;
   SplitPath(path, drive, directory, name, extension);
   if (drive.GetLength() != 0) return IsDriveReadOnly(drive, false);
-  // The folder that holds the file, separator included.
-  return IsDriveReadOnly(GetDirectory(MString(path ? path : u""_u16)), true);
+  // The folder that holds the file, separator included; a bare name lies
+  // in the current folder (asked as it stands it would be no folder at all).
+  const unsigned short* folder = directory.GetLength() != 0 ? static_cast<const unsigned short*>(directory) : u"."_u16;
+  return IsDriveReadOnly(folder, true);
 }
 
 bool MFileSpecWin::CreateUniqueFileSpec(MFileSpecWin& source, const unsigned short* extension,
                                         MFileSpecWin* result) {
+  // Nowhere to put the name, or nothing to name it after: no search, no message.
+  if (!result || source.IsNull()) return false;
   if (IsFileOnReadOnlyDrive(source.GetFilePath())) {
     MString text;
     text.Format(u"%s is on a read-only drive. This is not supported. please copy it to a writable disk."_u16,
@@ -85,7 +91,6 @@ bool MFileSpecWin::CreateUniqueFileSpec(MFileSpecWin& source, const unsigned sho
     CMessageAction::Error(nullptr, text);
     return false;
   }
-  if (!result) return false;
   MString drive, directory, name, ownExtension;
   SplitPath(source.GetFilePath(), drive, directory, name, ownExtension);
   MString suffix = extension && extension[0] ? MString(extension) : ownExtension;

@@ -63,13 +63,15 @@ class VBU_API MFileSpecWin : public MFileSpec {
   // optical or read-only (unless `skipDriveType`), cannot be asked, or has
   // no byte free for the caller.
   static bool IsDriveReadOnly(const unsigned short* root, bool skipDriveType);
-  // IsDriveReadOnly for the folder of `path`; only the free-space test
-  // applies, since paths here carry no drive.
+  // IsDriveReadOnly for the folder of `path` (the current folder for a bare
+  // name; true for no path); only the free-space test applies, since paths
+  // here carry no drive.
   static bool IsFileOnReadOnlyDrive(const unsigned short* path);
   // The first free name among "name" + `extension` (the source's own if
   // empty; it brings its dot) and "name_1" + extension, "name_2" ..., in
   // the source's folder. False, with a message and `result` untouched, when
-  // the source lies on a read-only volume. Nothing is created.
+  // the source lies on a read-only volume; false alone for a null `result`
+  // or a source that names nothing. Nothing is created.
   static bool CreateUniqueFileSpec(MFileSpecWin& source, const unsigned short* extension, MFileSpecWin* result);
 
  private:

@@ -1,23 +1,40 @@
 #include "files/PathTails.h"
 
+#include "platform/WideText.h"
 #include "text/PathText.h"
 
+namespace {
+
+// The most units an MString holds: its length is an int.
+constexpr unsigned long kMostUnits = 0x7FFFFFFE;
+
+}  // namespace
+
 MString DeleteTailCharacter(const unsigned short* path, unsigned short character) {
-  MString result;
-  if (path) result = path;
-  if (character == 0) return result;
-  while (result.RemoveTailChar(character)) {
+  if (!path) return MString();
+  int length = static_cast<int>(vbu::wtext::Length(path));
+  // The terminator is no character of the text: nothing to drop for 0.
+  if (character != 0) {
+    while (length > 0 && path[length - 1] == character) --length;
   }
-  return result;
+  // MString(text, 0) would copy the whole text, so nothing left is said apart.
+  return length > 0 ? MString(path, length) : MString();
 }
 
 MString DeleteTailDirectorySeparator(const unsigned short* path) { return DeleteTailCharacter(path, kPathSeparator); }
 
 MString AddDirectorySeparator(const unsigned short* path, bool deleteTail, unsigned long count) {
   if (!path || path[0] == 0) return MString();
-  MString result = deleteTail ? DeleteTailDirectorySeparator(path) : MString(path);
-  const unsigned short separator[2] = {kPathSeparator, 0};
-  for (unsigned long i = 0; i < count; ++i) result += separator;
+  MString kept = deleteTail ? DeleteTailDirectorySeparator(path) : MString(path);
+  unsigned long length = static_cast<unsigned long>(kept.GetLength());
+  if (count > kMostUnits - length) return MString();
+  // One block for the whole result, however many separators are asked for.
+  MString result(static_cast<unsigned int>(length + count));
+  unsigned short* out = result;
+  const unsigned short* in = kept;
+  for (unsigned long i = 0; i < length; ++i) out[i] = in[i];
+  for (unsigned long i = 0; i < count; ++i) out[length + i] = kPathSeparator;
+  out[length + count] = 0;
   return result;
 }
 

@@ -14,6 +14,7 @@ VBU_API MString DeleteTailDirectorySeparator(const unsigned short* path);
 // A copy of `path` without any `character` at its end; null or empty gives empty.
 VBU_API MString DeleteTailCharacter(const unsigned short* path, unsigned short character);
 // `path` (with its trailing separators removed first if `deleteTail`) and
-// then `count` separators; an empty path stays empty.
+// then `count` separators; an empty path stays empty, and so does a result
+// longer than an MString can hold.
 VBU_API MString AddDirectorySeparator(const unsigned short* path, bool deleteTail, unsigned long count);
 VBU_API MString AddDirectorySeparator(MString path, bool deleteTail, unsigned long count);

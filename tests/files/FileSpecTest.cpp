@@ -22,6 +22,8 @@ TEST(PathTails, TrailingSeparatorsAndCharacters) {
   EXPECT_EQ(S(DeleteTailDirectorySeparator(nullptr)), u"");
   EXPECT_EQ(S(DeleteTailCharacter(u"name.."_u16, '.')), u"name");
   EXPECT_EQ(S(DeleteTailCharacter(u"name"_u16, 0)), u"name");
+  EXPECT_EQ(S(DeleteTailCharacter(u"..."_u16, '.')), u"");
+  EXPECT_EQ(S(DeleteTailCharacter(u"a.b"_u16, '.')), u"a.b") << "only the tail";
 
   EXPECT_EQ(S(AddDirectorySeparator(u"/a//"_u16, true, 1)), u"/a/");
   EXPECT_EQ(S(AddDirectorySeparator(u"/a//"_u16, true, 2)), u"/a//");
@@ -30,6 +32,9 @@ TEST(PathTails, TrailingSeparatorsAndCharacters) {
   EXPECT_EQ(S(AddDirectorySeparator(MString(u"/a"_u16), true, 1)), u"/a/");
   EXPECT_EQ(S(AddDirectorySeparator(u""_u16, true, 3)), u"") << "nothing gets no separator";
   EXPECT_EQ(S(AddDirectorySeparator(static_cast<const unsigned short*>(nullptr), false, 1)), u"");
+  EXPECT_EQ(S(AddDirectorySeparator(u"/"_u16, true, 1)), u"/") << "the root keeps its one separator";
+  EXPECT_EQ(AddDirectorySeparator(u"/a"_u16, false, 100000).GetLength(), 100002);
+  EXPECT_EQ(S(AddDirectorySeparator(u"/a"_u16, false, ~0ul)), u"") << "more than a string holds";
 }
 
 TEST(FileSpec, ValuesCompareExactlyAndKnowTheirFolder) {
@@ -66,6 +71,8 @@ TEST(FileSpec, ValuesCompareExactlyAndKnowTheirFolder) {
   EXPECT_EQ(S(extension), u".gz");
   SplitPath(u"plain"_u16, drive, folder, name, extension);
   EXPECT_EQ(S(folder) + u"|" + S(name) + u"|" + S(extension), u"|plain|");
+  SplitPath(u"/a/.profile"_u16, drive, folder, name, extension);
+  EXPECT_EQ(S(folder) + u"|" + S(name) + u"|" + S(extension), u"/a/||.profile") << "the last dot starts the extension";
 }
 
 TEST(FileSpec, ExistenceAndDeletion) {
@@ -110,6 +117,23 @@ TEST(FileSpec, ASourceWhereNothingCanBeWrittenIsRefusedWithAMessage) {
   ASSERT_EQ(hearing.messages, std::vector<long>{26000});
   EXPECT_EQ(hearing.texts[0], u"/no/such/volume/b.txt is on a read-only drive. This is not supported. please copy "
                               u"it to a writable disk.");
+}
+
+TEST(FileSpec, NoPlaceForTheNameOrNothingToNameItAfterIsAQuietFalse) {
+  Hearing hearing;
+  MFileSpecWin nowhere(u"/no/such/volume/b.txt"_u16), nothing, result(u"/kept"_u16);
+  EXPECT_FALSE(MFileSpecWin::CreateUniqueFileSpec(nowhere, u".tmp"_u16, nullptr));
+  EXPECT_FALSE(MFileSpecWin::CreateUniqueFileSpec(nothing, u".tmp"_u16, &result));
+  EXPECT_EQ(S(result.GetFilePath()), u"/kept");
+  EXPECT_TRUE(hearing.messages.empty());
+  EXPECT_TRUE(MFileSpecWin::IsFileOnReadOnlyDrive(nullptr));
+  EXPECT_TRUE(MFileSpecWin::IsFileOnReadOnlyDrive(u""_u16));
+  EXPECT_TRUE(MFileSpecWin::IsDriveReadOnly(u""_u16, true));
+}
+
+TEST(FileSpec, ABareNameLiesInTheCurrentFolder) {
+  EXPECT_EQ(MFileSpecWin::IsFileOnReadOnlyDrive(u"b.txt"_u16), MFileSpecWin::IsDriveReadOnly(u"."_u16, true));
+  EXPECT_FALSE(MFileSpecWin::IsDriveReadOnly(u"."_u16, true)) << "tests run in a folder they may write to";
 }
 
 TEST(AbstractFile, EveryOperationGivesTheBaseResult) {
