@@ -5,6 +5,7 @@
 #pragma once
 
 #include "platform/Export.h"
+#include "platform/FileInfo.h"
 #include "platform/MessageQueue.h"
 #include "platform/Overlapped.h"
 #include "platform/Sync.h"

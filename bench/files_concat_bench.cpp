@@ -11,8 +11,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <chrono>
 #include <map>
 
 #include "support/BenchFiles.h"
@@ -40,21 +38,9 @@ void ColdCaches() {
   std::filesystem::remove(gSetup.destination);
 }
 
-// Times one run of `copy` with cold caches, and keeps the best time under `name`.
 template <typename Copy>
 void Measure(benchmark::State& state, const char* name, Copy copy) {
-  for (auto _ : state) {
-    state.PauseTiming();
-    ColdCaches();
-    state.ResumeTiming();
-    auto start = std::chrono::steady_clock::now();
-    if (!copy()) state.SkipWithError("copy failed");
-    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    state.SetIterationTime(seconds);
-    auto& best = gBestSeconds[name];
-    best = best == 0 ? seconds : std::min(best, seconds);
-  }
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * gSetup.sourceBytes * gSetup.sources.size()));
+  bench::MeasureBest(state, gBestSeconds[name], gSetup.sourceBytes * gSetup.sources.size(), ColdCaches, copy);
 }
 
 bool JoinWithConcatFile() {

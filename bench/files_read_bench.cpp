@@ -10,7 +10,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <map>
 
 #include "support/BenchFiles.h"
@@ -23,19 +22,7 @@ std::map<std::string, double> gBestSeconds;
 
 template <typename Read>
 void Measure(benchmark::State& state, const char* name, Read read) {
-  for (auto _ : state) {
-    state.PauseTiming();
-    bench::Evict(gPath);
-    state.ResumeTiming();
-    auto start = std::chrono::steady_clock::now();
-    uint64_t got = read();
-    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    if (got != gBytes) state.SkipWithError("short read");
-    state.SetIterationTime(seconds);
-    auto& best = gBestSeconds[name];
-    best = best == 0 ? seconds : std::min(best, seconds);
-  }
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * gBytes));
+  bench::MeasureBest(state, gBestSeconds[name], gBytes, [] { bench::Evict(gPath); }, [&] { return read() == gBytes; });
 }
 
 uint64_t ReadAhead() {

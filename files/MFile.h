@@ -11,24 +11,8 @@
 #include <cstdint>
 
 #include "../platform/Export.h"
+#include "../platform/FileInfo.h"
 #include "MFileSpec.h"
-
-// The library's file information record. Times are seconds since 1970.
-// (The time fields are not named st_atime and so on: the C library makes
-// those names macros.)
-struct _stati64 {
-  uint64_t st_dev;
-  uint64_t st_ino;
-  uint32_t st_mode;
-  uint32_t st_nlink;
-  uint32_t st_uid;
-  uint32_t st_gid;
-  uint64_t st_rdev;
-  int64_t st_size;
-  int64_t st_atime64;
-  int64_t st_mtime64;
-  int64_t st_ctime64;
-};
 
 class VBU_API MFile {
  public:

@@ -52,20 +52,6 @@ constexpr OverlappedMode kOverlappedModes[] = {
     {vp::HandleAccess::kReadWrite, vp::HandleDisposition::kOpenExisting}, // file_overlapped_update
 };
 
-void CopyStatus(const vp::FileStatus& from, _stati64* to) {
-  to->st_dev = from.st_dev;
-  to->st_ino = from.st_ino;
-  to->st_mode = from.st_mode;
-  to->st_nlink = from.st_nlink;
-  to->st_uid = from.st_uid;
-  to->st_gid = from.st_gid;
-  to->st_rdev = from.st_rdev;
-  to->st_size = from.st_size;
-  to->st_atime64 = from.st_atime64;
-  to->st_mtime64 = from.st_mtime64;
-  to->st_ctime64 = from.st_ctime64;
-}
-
 bool IsPending(uint32_t error) {
   return error == 0 || error == kErrorIoPending || error == kErrorHandleEof;
 }
@@ -241,10 +227,7 @@ int MFileUniv::FNativePutts(const unsigned short* text) { return vp::StreamPutUn
 // ---- file information
 
 int MFileUniv::FStat(const unsigned short* path, _stati64* info) {
-  vp::FileStatus status;
-  if (!info || vp::StatPath(path, &status) != 0) return -1;
-  CopyStatus(status, info);
-  return 0;
+  return info && vp::StatPath(path, info) == 0 ? 0 : -1;
 }
 
 int MFileUniv::FStat(MFileSpecWin& spec, _stati64* info) {
@@ -253,14 +236,11 @@ int MFileUniv::FStat(MFileSpecWin& spec, _stati64* info) {
 }
 
 int MFileUniv::FStat(_stati64* info) {
-  vp::FileStatus status;
-  if (!info || vp::StatDescriptor(mDescriptor, &status) != 0) return -1;
-  CopyStatus(status, info);
-  return 0;
+  return info && vp::StatDescriptor(mDescriptor, info) == 0 ? 0 : -1;
 }
 
 bool MFileUniv::GetTime(int which, int& year, int& month, int& day, int& hour, int& minute, int& second) const {
-  vp::FileStatus status;
+  _stati64 status;
   if (vp::StatDescriptor(mDescriptor, &status) != 0) return false;
   int64_t seconds = which == 0 ? status.st_ctime64 : which == 1 ? status.st_mtime64 : status.st_atime64;
   vp::CalendarTime t;
@@ -288,7 +268,7 @@ bool MFileUniv::GetAccessTime(int& year, int& month, int& day, int& hour, int& m
 
 long long MFileUniv::GetSize() {
   if (mOverlapped) return vp::GetHandleSize(mHandle);
-  vp::FileStatus status;
+  _stati64 status;
   if (vp::StatPath(GetFileSpec().GetFilePath(), &status) != 0) return -1;
   return status.st_size;
 }

@@ -2,33 +2,20 @@
 // what kind of volume holds it and how much room is left there; and its
 // removal. Internal; never installed.
 //
-//   vbu::platform::FileStatus status;
+//   _stati64 status;
 //   if (vbu::platform::StatPath(path, &status) == 0) size = status.st_size;
 //   if (vbu::platform::GetDriveKind(path) == vbu::platform::DriveKind::kOptical) ...
 #pragma once
 
 #include <cstdint>
 
+#include "platform/FileInfo.h"
+
 namespace vbu::platform {
 
-// What the system knows of a file; times in seconds since 1970.
-struct FileStatus {
-  uint64_t st_dev;
-  uint64_t st_ino;
-  uint32_t st_mode;
-  uint32_t st_nlink;
-  uint32_t st_uid;
-  uint32_t st_gid;
-  uint64_t st_rdev;
-  int64_t st_size;
-  int64_t st_atime64;
-  int64_t st_mtime64;
-  int64_t st_ctime64;
-};
-
 // 0 with `out` filled, or -1 (the last error set).
-int StatPath(const unsigned short* path, FileStatus* out);
-int StatDescriptor(int fd, FileStatus* out);
+int StatPath(const unsigned short* path, _stati64* out);
+int StatDescriptor(int fd, _stati64* out);
 // True when `path` names something that exists.
 bool PathExists(const unsigned short* path);
 // Removes the file `path`; true on success.

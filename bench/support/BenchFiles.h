@@ -2,10 +2,13 @@
 // files of pseudo-random bytes, cold caches, and the process's memory.
 #pragma once
 
+#include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -92,6 +95,23 @@ inline int Run(const std::string& command) {
   int status = std::system(command.c_str());
   if (status != 0) std::fprintf(stderr, "failed (%d): %s\n", status, command.c_str());
   return status;
+}
+
+// Times `run` once an iteration, after an untimed `prepare`, and keeps the
+// best time in `best` seconds. `run` gives false when it failed.
+template <typename Prepare, typename Run>
+void MeasureBest(benchmark::State& state, double& best, uint64_t bytes, Prepare prepare, Run run) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    prepare();
+    state.ResumeTiming();
+    auto start = std::chrono::steady_clock::now();
+    if (!run()) state.SkipWithError("the run failed");
+    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    state.SetIterationTime(seconds);
+    best = best == 0 ? seconds : std::min(best, seconds);
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes));
 }
 
 }  // namespace bench

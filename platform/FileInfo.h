@@ -1,0 +1,24 @@
+// FileInfo.h: the library's file information record, as the file classes
+// give it (MFile::FStat).
+//
+//   _stati64 info;
+//   if (file.FStat(&info) == 0) bytes = info.st_size;
+#pragma once
+
+#include <cstdint>
+
+// Times are seconds since 1970. (They are not named st_atime and so on: the
+// C library makes those names macros.)
+struct _stati64 {
+  uint64_t st_dev;
+  uint64_t st_ino;
+  uint32_t st_mode;
+  uint32_t st_nlink;
+  uint32_t st_uid;
+  uint32_t st_gid;
+  uint64_t st_rdev;
+  int64_t st_size;
+  int64_t st_atime64;
+  int64_t st_mtime64;
+  int64_t st_ctime64;
+};
