@@ -11,7 +11,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <map>
 
 #include "support/BenchFiles.h"
 
@@ -24,7 +23,6 @@ struct Setup {
   long memoryGrowthKiB = 0;
 };
 Setup gSetup;
-std::map<std::string, double> gBestSeconds;
 
 MString Units(const std::string& path) {
   MString text;
@@ -36,11 +34,6 @@ void ColdCaches() {
   for (const auto& source : gSetup.sources) bench::Evict(source);
   bench::Evict(gSetup.destination);
   std::filesystem::remove(gSetup.destination);
-}
-
-template <typename Copy>
-void Measure(benchmark::State& state, const char* name, Copy copy) {
-  bench::MeasureBest(state, gBestSeconds[name], gSetup.sourceBytes * gSetup.sources.size(), ColdCaches, copy);
 }
 
 bool JoinWithConcatFile() {
@@ -88,24 +81,18 @@ int main(int argc, char** argv) {
   }
   gSetup.destination = folder.Path() + "/joined.iso";
 
-  benchmark::RegisterBenchmark("ConcatFile", [](benchmark::State& s) { Measure(s, "ConcatFile", JoinWithConcatFile); })
-      ->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3);
-  benchmark::RegisterBenchmark("dd_direct_4M", [](benchmark::State& s) { Measure(s, "dd", JoinWithDd); })
-      ->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3);
-  benchmark::RegisterBenchmark("cat_then_sync", [](benchmark::State& s) { Measure(s, "cat", JoinWithCat); })
-      ->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
+  bench::BestTimes times(gSetup.sourceBytes * gSetup.sources.size(), ColdCaches);
+  times.Add("ConcatFile", JoinWithConcatFile);
+  times.Add("dd_direct_4M", JoinWithDd);
+  times.Add("cat_then_sync", JoinWithCat);
+  times.Run(argc, argv);
 
-  const double megabytes = static_cast<double>(gSetup.sourceBytes * gSetup.sources.size()) / 1e6;
-  auto rate = [&](const char* name) { return gBestSeconds[name] > 0 ? megabytes / gBestSeconds[name] : 0.0; };
   std::printf("\n%d sources of %llu MiB, best of each:\n", sources, static_cast<unsigned long long>(mib));
-  std::printf("  ConcatFile     %8.1f MB/s\n", rate("ConcatFile"));
-  std::printf("  dd direct 4M   %8.1f MB/s\n", rate("dd"));
-  std::printf("  cat + sync     %8.1f MB/s\n", rate("cat"));
-  std::printf("  ratio to dd    %8.2f   (goal >= 0.90)\n", rate("dd") > 0 ? rate("ConcatFile") / rate("dd") : 0.0);
-  std::printf("  ratio to cat   %8.2f   (goal >= 1.00)\n", rate("cat") > 0 ? rate("ConcatFile") / rate("cat") : 0.0);
+  std::printf("  ConcatFile     %8.1f MB/s\n", times.Rate("ConcatFile"));
+  std::printf("  dd direct 4M   %8.1f MB/s\n", times.Rate("dd_direct_4M"));
+  std::printf("  cat + sync     %8.1f MB/s\n", times.Rate("cat_then_sync"));
+  std::printf("  ratio to dd    %8.2f   (goal >= 0.90)\n", times.Ratio("ConcatFile", "dd_direct_4M"));
+  std::printf("  ratio to cat   %8.2f   (goal >= 1.00)\n", times.Ratio("ConcatFile", "cat_then_sync"));
   std::printf("  memory taken by the run: %ld KiB (two buffers: %d KiB)\n", gSetup.memoryGrowthKiB, 2 * 4096);
   return 0;
 }

@@ -10,7 +10,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <map>
 
 #include "support/BenchFiles.h"
 
@@ -18,12 +17,6 @@ namespace {
 
 std::string gPath;
 uint64_t gBytes = 0;
-std::map<std::string, double> gBestSeconds;
-
-template <typename Read>
-void Measure(benchmark::State& state, const char* name, Read read) {
-  bench::MeasureBest(state, gBestSeconds[name], gBytes, [] { bench::Evict(gPath); }, [&] { return read() == gBytes; });
-}
 
 uint64_t ReadAhead() {
   MString path;
@@ -69,20 +62,15 @@ int main(int argc, char** argv) {
   gPath = folder.Path() + "/title.vob";
   bench::MakeFile(gPath, gBytes, 7);
 
-  benchmark::RegisterBenchmark("AsyncReadBuffer_2048", [](benchmark::State& s) { Measure(s, "ahead", ReadAhead); })
-      ->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3);
-  benchmark::RegisterBenchmark("O_DIRECT_read_4M", [](benchmark::State& s) { Measure(s, "direct", ReadDirect); })
-      ->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
+  bench::BestTimes times(gBytes, [] { bench::Evict(gPath); });
+  times.Add("AsyncReadBuffer_2048", [] { return ReadAhead() == gBytes; });
+  times.Add("O_DIRECT_read_4M", [] { return ReadDirect() == gBytes; });
+  times.Run(argc, argv);
 
-  const double megabytes = static_cast<double>(gBytes) / 1e6;
-  auto rate = [&](const char* name) { return gBestSeconds[name] > 0 ? megabytes / gBestSeconds[name] : 0.0; };
   std::printf("\n%llu MiB, best of each:\n", static_cast<unsigned long long>(mib));
-  std::printf("  AsyncReadBuffer, 2048-byte pieces  %8.1f MB/s\n", rate("ahead"));
-  std::printf("  O_DIRECT, 4 MiB reads              %8.1f MB/s\n", rate("direct"));
+  std::printf("  AsyncReadBuffer, 2048-byte pieces  %8.1f MB/s\n", times.Rate("AsyncReadBuffer_2048"));
+  std::printf("  O_DIRECT, 4 MiB reads              %8.1f MB/s\n", times.Rate("O_DIRECT_read_4M"));
   std::printf("  ratio                              %8.2f   (goal >= 0.90)\n",
-              rate("direct") > 0 ? rate("ahead") / rate("direct") : 0.0);
+              times.Ratio("AsyncReadBuffer_2048", "O_DIRECT_read_4M"));
   return 0;
 }

@@ -15,6 +15,8 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -97,21 +99,54 @@ inline int Run(const std::string& command) {
   return status;
 }
 
-// Times `run` once an iteration, after an untimed `prepare`, and keeps the
-// best time in `best` seconds. `run` gives false when it failed.
-template <typename Prepare, typename Run>
-void MeasureBest(benchmark::State& state, double& best, uint64_t bytes, Prepare prepare, Run run) {
-  for (auto _ : state) {
-    state.PauseTiming();
-    prepare();
-    state.ResumeTiming();
-    auto start = std::chrono::steady_clock::now();
-    if (!run()) state.SkipWithError("the run failed");
-    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    state.SetIterationTime(seconds);
-    best = best == 0 ? seconds : std::min(best, seconds);
+// Whole jobs timed side by side: each runs once a repetition (three unless
+// --benchmark_repetitions says otherwise) after an untimed `prepare`, and
+// its best time is kept for the summary.
+class BestTimes {
+ public:
+  BestTimes(uint64_t bytes, std::function<void()> prepare) : mBytes(bytes), mPrepare(std::move(prepare)) {}
+
+  // Adds a job; `run` gives false when it failed.
+  void Add(const std::string& name, std::function<bool()> run) {
+    benchmark::RegisterBenchmark(name.c_str(), [this, name, run](benchmark::State& state) { Measure(state, name, run); })
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond)
+        ->Iterations(1)
+        ->Repetitions(3);
   }
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes));
-}
+  // Runs every job, as the benchmark library's arguments say.
+  void Run(int& argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+  }
+  // Of the job's best run, in MB (10^6 bytes) per second; 0 if it never ran.
+  double Rate(const std::string& name) const {
+    auto best = mBest.find(name);
+    return best == mBest.end() || best->second == 0 ? 0.0 : static_cast<double>(mBytes) / 1e6 / best->second;
+  }
+  // Rate of `a` over rate of `b`; 0 if either never ran.
+  double Ratio(const std::string& a, const std::string& b) const { return Rate(b) > 0 ? Rate(a) / Rate(b) : 0.0; }
+
+ private:
+  void Measure(benchmark::State& state, const std::string& name, const std::function<bool()>& run) {
+    double& best = mBest[name];
+    for (auto _ : state) {
+      state.PauseTiming();
+      mPrepare();
+      state.ResumeTiming();
+      auto start = std::chrono::steady_clock::now();
+      if (!run()) state.SkipWithError("the run failed");
+      double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+      state.SetIterationTime(seconds);
+      best = best == 0 ? seconds : std::min(best, seconds);
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * mBytes));
+  }
+
+  uint64_t mBytes;
+  std::function<void()> mPrepare;
+  std::map<std::string, double> mBest;
+};
 
 }  // namespace bench
