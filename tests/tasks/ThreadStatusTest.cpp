@@ -80,13 +80,6 @@ TEST(ThreadStatus, TheRecordCarriesTheReportingThread) {
   EXPECT_NE(display.seen[0].threadId, static_cast<unsigned int>(MThreadQueue::CurrentThreadId()));
 }
 
-TEST(ThreadStatus, NobodyListeningIsNoEffect) {
-  CThreadStatus::Status(1, 2, u"x"_u16);
-  Display display;
-  CThreadStatus::SetPosition(1);
-  EXPECT_EQ(display.seen.size(), 1u);
-}
-
 TEST(ThreadStatus, WorkersReportingAtOnceReachTheListenerOneAtATime) {
   // Two joins of different kinds may run side by side; the listener is
   // called for one report at a time, so a plain counter stays exact.
