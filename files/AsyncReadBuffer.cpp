@@ -140,22 +140,19 @@ int AsyncReadBuffer::ReadBuffer(long long offset, char* destination, int size) {
     return before + fromBlock;
   }
   const long long into = offset - mBlockOffset;
-  int inside = static_cast<int>(std::max<long long>(mValidBytes - into, -1));
+  // The block's bytes from `offset` on; none when the read starts behind them.
+  const int inside = into < mValidBytes ? mValidBytes - static_cast<int>(into) : 0;
   if (inside >= size) {
     Copy(destination, DataOf(mCurrentBlock) + into, size);
     return size;
   }
-  if (inside > 0) {
-    Copy(destination, DataOf(mCurrentBlock) + into, inside);
-  } else {
-    inside = 0;
-  }
+  Copy(destination, DataOf(mCurrentBlock) + into, inside);
   int got = 0;
   if (FillInReadBuffer(got) != 0) return -1;
   const int rest = size - inside;
   // Where the bytes wanted start in the new block: 0 for a read without a gap.
   const long long from = offset + inside - mBlockOffset;
-  if (got > 0 && (from < 0 || from >= got)) {
+  if (got > 0 && from >= got) {
     // A forward gap past the new block's bytes: read those bytes directly.
     const int piece = static_cast<int>(std::min<long long>(rest, mFileSize - (offset + inside)));
     if (DoReadPieceOutsideOfBuffer(offset + inside, destination + inside, piece) != 0) return -1;
