@@ -52,6 +52,13 @@ constexpr OverlappedMode kOverlappedModes[] = {
     {vp::HandleAccess::kReadWrite, vp::HandleDisposition::kOpenExisting}, // file_overlapped_update
 };
 
+// A fresh record for a transfer at `offset` that signals `event`.
+void PrepareRecord(OVERLAPPED* overlapped, long long offset, void* event) {
+  *overlapped = OVERLAPPED{};
+  vp::SetOffset(*overlapped, offset);
+  overlapped->hEvent = event;
+}
+
 bool IsPending(uint32_t error) {
   return error == 0 || error == kErrorIoPending || error == kErrorHandleEof;
 }
@@ -285,9 +292,7 @@ uint32_t MFileUniv::FReadOverlapped(long long offset, char* buffer, long count, 
                                     void* event) {
   if (offset < 0 || count < 0 || !buffer || !overlapped) return vp::SetLastErrorInvalidArgument();
   mSectorLead = static_cast<long>(offset % kSectorSize);
-  *overlapped = OVERLAPPED{};
-  vp::SetOffset(*overlapped, offset - mSectorLead);
-  overlapped->hEvent = event;
+  PrepareRecord(overlapped, offset - mSectorLead, event);
   const long long length = (count + mSectorLead + kSectorSize - 1) / kSectorSize * kSectorSize;
   char* start = buffer - mSectorLead;
   const int sector = static_cast<int>(offset / kSectorSize);
@@ -308,9 +313,7 @@ uint32_t MFileUniv::FReadOverlapped(long long offset, char* buffer, long count, 
 uint32_t MFileUniv::FWriteOverlapped(long long offset, char* buffer, long count, OVERLAPPED* overlapped,
                                      void* event) {
   if (offset < 0 || count < 0 || !buffer || !overlapped) return vp::SetLastErrorInvalidArgument();
-  *overlapped = OVERLAPPED{};
-  vp::SetOffset(*overlapped, offset);
-  overlapped->hEvent = event;
+  PrepareRecord(overlapped, offset, event);
   uint32_t error = vp::StartHandleTransfer(mHandle, true, buffer, static_cast<uint32_t>(count),
                                      overlapped, nullptr);
   if (error == 0 || error == kErrorIoPending) return 0;
