@@ -6,6 +6,7 @@
 
 #include "platform/Export.h"
 #include "platform/FileInfo.h"
+#include "platform/MessageBox.h"
 #include "platform/MessageQueue.h"
 #include "platform/Overlapped.h"
 #include "platform/Sync.h"

@@ -1,0 +1,56 @@
+#include "platform/MessageBox.h"
+
+#include <mutex>
+#include <string>
+
+#include "platform/CodePage.h"
+#include "platform/SysCalls.h"
+#include "platform/WideText.h"
+
+namespace {
+
+// The hook and its context change together; the guard is never held while the hook runs.
+std::mutex gHookGuard;
+vbu::MessageBoxHook gHook = nullptr;
+void* gHookContext = nullptr;
+
+void WriteToStandardError(const unsigned short* text) {
+  const std::size_t length = vbu::wtext::Length(text);
+  std::string bytes(length * 3 + 1, '\0');  // three bytes at most for each unit
+  long n = vbu::platform::UnitsToBytes(text, length, bytes.data(), bytes.size(), vbu::platform::CodePage::kSystem);
+  bytes.resize(n < 0 ? 0 : static_cast<std::size_t>(n));
+  bytes += '\n';
+  for (std::size_t done = 0; done < bytes.size();) {
+    long wrote = vbu::platform::Sys().write(2, bytes.data() + done, bytes.size() - done);
+    if (wrote <= 0) return;  // nowhere to show it: the message is dropped
+    done += static_cast<std::size_t>(wrote);
+  }
+}
+
+}  // namespace
+
+namespace vbu {
+
+void SetMessageBoxHook(MessageBoxHook hook, void* context) {
+  std::lock_guard<std::mutex> guard(gHookGuard);
+  gHook = hook;
+  gHookContext = hook ? context : nullptr;
+}
+
+void ShowMessageBox(const unsigned short* text) {
+  if (!text) return;
+  MessageBoxHook hook;
+  void* context;
+  {
+    std::lock_guard<std::mutex> guard(gHookGuard);
+    hook = gHook;
+    context = gHookContext;
+  }
+  if (hook) {
+    hook(text, context);
+  } else {
+    WriteToStandardError(text);
+  }
+}
+
+}  // namespace vbu

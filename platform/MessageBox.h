@@ -1,0 +1,22 @@
+// MessageBox.h: how the library shows a blocking message to the user. The
+// library has no user interface of its own: a host that has one installs a
+// hook that shows the text in its own dialog; without a hook the text goes
+// to standard error, one line per message.
+//
+//   vbu::SetMessageBoxHook([](const unsigned short* text, void* app) { static_cast<App*>(app)->Alert(text); }, &app);
+//   vbu::ShowMessageBox(u"Folder( /media/cdrom ) is a read-only drive."_u16);
+#pragma once
+
+#include "Export.h"
+
+namespace vbu {
+
+// Shows `text` (terminated 16-bit text) and returns once the user has seen it.
+using MessageBoxHook = void (*)(const unsigned short* text, void* context);
+
+// Installs `hook` (null: back to standard error). `context` is handed to it.
+VBU_API void SetMessageBoxHook(MessageBoxHook hook, void* context);
+// Shows `text` through the hook, or writes it to standard error. Null shows nothing.
+VBU_API void ShowMessageBox(const unsigned short* text);
+
+}  // namespace vbu
