@@ -2,8 +2,8 @@
 
 #include "files/PathTails.h"
 #include "messaging/CMessageAction.h"
-#include "platform/FileSystem.h"
-#include "platform/WideText.h"
+#include "platform/internal/FileSystem.h"
+#include "platform/internal/WideText.h"
 #include "text/PathText.h"
 
 using namespace vbu::literals;
@@ -35,7 +35,7 @@ void MFileSpecWin::GetFilePathName(unsigned short* dst) {
 
 bool MFileSpecWin::FileExist() { return vp::PathExists(mPath); }
 
-bool MFileSpecWin::Delete() { return vp::DeleteFile(mPath); }
+bool MFileSpecWin::Delete() { return vp::RemoveFile(mPath) == 0; }
 
 bool MFileSpecWin::IsNull() { return mPath.GetLength() == 0; }
 

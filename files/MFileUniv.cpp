@@ -6,10 +6,10 @@
 #include <new>
 
 #include "messaging/CMessageAction.h"
-#include "platform/AsyncIO.h"
-#include "platform/Errors.h"
-#include "platform/File.h"
-#include "platform/FileSystem.h"
+#include "platform/internal/AsyncIO.h"
+#include "platform/internal/Errors.h"
+#include "platform/internal/File.h"
+#include "platform/internal/FileSystem.h"
 #include "text/MString.h"
 
 using namespace vbu::literals;

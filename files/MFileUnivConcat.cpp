@@ -8,9 +8,10 @@
 
 #include "files/MFileUniv.h"
 #include "messaging/CMessageAction.h"
-#include "platform/AsyncIO.h"
-#include "platform/Errors.h"
-#include "platform/File.h"
+#include "platform/internal/AsyncIO.h"
+#include "platform/internal/Errors.h"
+#include "platform/internal/File.h"
+#include "platform/internal/Memory.h"
 #include "tasks/CThreadStatus.h"
 #include "text/MString.h"
 

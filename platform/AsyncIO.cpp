@@ -1,11 +1,11 @@
-#include "platform/AsyncIO.h"
+#include "platform/internal/AsyncIO.h"
 
-#include "platform/Alert.h"
-#include "platform/Errors.h"
-#include "platform/SysCalls.h"
+#include "platform/internal/Alert.h"
+#include "platform/internal/Errors.h"
+#include "platform/internal/SysCalls.h"
 
-#if defined(_WIN32)
-#include "Windows/AsyncIO.inc"
+#if defined(__linux__)
+#include "linux/AsyncIO.inc"
 #else
-#include "Unix/AsyncIO.inc"
+#error "The platform layer has no asynchronous transfers for this system yet."
 #endif

@@ -1,14 +1,14 @@
-#include "platform/File.h"
+#include "platform/internal/File.h"
 
-#include "platform/AsyncIO.h"
-#include "platform/CodePage.h"
-#include "platform/Errors.h"
-#include "platform/PathBytes.h"
-#include "platform/SysCalls.h"
-#include "platform/WideText.h"
+#include "platform/internal/AsyncIO.h"
+#include "platform/internal/CodePage.h"
+#include "platform/internal/Errors.h"
+#include "platform/internal/PathBytes.h"
+#include "platform/internal/SysCalls.h"
+#include "platform/internal/WideText.h"
 
-#if defined(_WIN32)
-#include "Windows/File.inc"
+#if defined(__linux__)
+#include "linux/File.inc"
 #else
-#include "Unix/File.inc"
+#error "The platform layer has no files for this system yet."
 #endif

@@ -1,12 +1,12 @@
-#include "platform/FileSystem.h"
+#include "platform/internal/FileSystem.h"
 
-#include "platform/Errors.h"
+#include "platform/internal/Errors.h"
 #include "platform/Overlapped.h"
-#include "platform/PathBytes.h"
-#include "platform/SysCalls.h"
+#include "platform/internal/PathBytes.h"
+#include "platform/internal/SysCalls.h"
 
-#if defined(_WIN32)
-#include "Windows/FileSystem.inc"
+#if defined(__linux__)
+#include "linux/FileSystem.inc"
 #else
-#include "Unix/FileSystem.inc"
+#error "The platform layer has no file system queries for this system yet."
 #endif

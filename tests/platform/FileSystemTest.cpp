@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "platform/FaultInjection.h"
-#include "platform/FileSystem.h"
+#include "platform/internal/FileSystem.h"
 #include "support/TempFolder.h"
 
 using namespace vbu::literals;
@@ -78,19 +78,19 @@ TEST(FileSystem, ExistenceAndRemovalOfFilesOnly) {
   EXPECT_FALSE(vp::PathExists(u""_u16));
   EXPECT_FALSE(vp::PathExists(nullptr));
 
-  EXPECT_FALSE(vp::DeleteFile(dir.Path(""))) << "not a folder";
+  EXPECT_NE(vp::RemoveFile(dir.Path("")), 0) << "not a folder";
   EXPECT_TRUE(vp::PathExists(dir.Path("")));
-  EXPECT_FALSE(vp::DeleteFile(u""_u16));
-  EXPECT_FALSE(vp::DeleteFile(nullptr));
+  EXPECT_NE(vp::RemoveFile(u""_u16), 0);
+  EXPECT_NE(vp::RemoveFile(nullptr), 0);
   {
     StSysCallTable saved;
     vp::Sys().unlink = [](const char*) { return errno = EACCES, -1; };
-    EXPECT_FALSE(vp::DeleteFile(dir.Path("b.txt")));
+    EXPECT_NE(vp::RemoveFile(dir.Path("b.txt")), 0);
   }
   EXPECT_TRUE(vp::PathExists(dir.Path("b.txt")));
-  EXPECT_TRUE(vp::DeleteFile(dir.Path("b.txt")));
+  EXPECT_EQ(vp::RemoveFile(dir.Path("b.txt")), 0);
   EXPECT_FALSE(vp::PathExists(dir.Path("b.txt")));
-  EXPECT_FALSE(vp::DeleteFile(dir.Path("b.txt"))) << "already gone";
+  EXPECT_NE(vp::RemoveFile(dir.Path("b.txt")), 0) << "already gone";
 }
 
 TEST(FileSystem, AMissingPathHasNoRootAndAnUntellableKindIsLeftToFreeSpace) {

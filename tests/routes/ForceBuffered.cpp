@@ -7,8 +7,8 @@
 
 #include <cerrno>
 
-#include "platform/File.h"
-#include "platform/SysCalls.h"
+#include "platform/internal/File.h"
+#include "platform/internal/SysCalls.h"
 #include "support/TempFolder.h"
 
 namespace {

@@ -12,7 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/AsyncIO.h"
+#include "platform/internal/AsyncIO.h"
 
 namespace vbu::platform {
 
@@ -41,8 +41,6 @@ int64_t SeekDescriptor(int fd, int64_t offset, int origin);
 int EndFileAtPosition(int fd);
 // Gives the file the permissions of its owner alone (read and write); 0 or -1.
 int SetOwnerReadWrite(const unsigned short* path);
-// Removes the file `path`; 0 or -1.
-int RemoveFile(const unsigned short* path);
 
 // ---- streams over a descriptor; a stream owns its descriptor once made
 
@@ -111,12 +109,5 @@ inline int HandleDescriptor(intptr_t handle) { return static_cast<int>(handle); 
 // the handle to buffered transfers for good, so that it still works.
 uint32_t StartHandleTransfer(intptr_t handle, bool write, void* buffer, uint32_t count, OVERLAPPED* overlapped,
                              CompletionRoutine routine);
-
-// ---- page-aligned blocks for unbuffered transfers
-
-// `size` bytes of zeroed memory on a page boundary, or null.
-void* AllocPages(std::size_t size);
-// Frees a block of AllocPages; null is ignored.
-void FreePages(void* block);
 
 }  // namespace vbu::platform

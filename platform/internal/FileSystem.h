@@ -18,8 +18,8 @@ int StatPath(const unsigned short* path, _stati64* out);
 int StatDescriptor(int fd, _stati64* out);
 // True when `path` names something that exists.
 bool PathExists(const unsigned short* path);
-// Removes the file `path`; true on success.
-bool DeleteFile(const unsigned short* path);
+// Removes the file `path`; 0 or -1 (the last error set).
+int RemoveFile(const unsigned short* path);
 
 // The volume that holds a path: none (the path does not exist), a read-only
 // or optical medium (a read-only mount, or an ISO 9660 or UDF file system),
