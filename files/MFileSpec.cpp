@@ -65,7 +65,7 @@ bool MFileSpecWin::IsDriveReadOnly(const unsigned short* root, bool skipDriveTyp
   if (!skipDriveType && vp::GetDriveKind(query) != vp::DriveKind::kFixed) return true;
   uint64_t free = 0;
   // A volume that cannot be asked, or a full one, cannot be written.
-  return !vp::GetFreeBytesAvailable(query, &free) || free == 0;
+  return vp::GetFreeBytesAvailable(query, &free) != 0 || free == 0;
 }
 
 bool MFileSpecWin::IsFileOnReadOnlyDrive(const unsigned short* path) {

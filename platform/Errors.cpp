@@ -8,6 +8,28 @@
 #error "The platform layer has no error codes for this system yet."
 #endif
 
+namespace vbu::platform {
+
+std::string ErrorText(uint32_t code) {
+  // The layer's own conditions have texts of their own.
+  switch (code) {
+    case 0: return {};
+    case kErrorHandleEof: return "Reached the end of the file";
+    case kErrorOperationAborted: return "The transfer was cancelled";
+    case kErrorIoPending: return "A transfer is under way";
+    case kErrorNotImplemented: return os::ErrnoText(os::kNotImplemented);
+    default: break;
+  }
+  return code > 4095 ? std::string() : os::ErrnoText(static_cast<int>(code));
+}
+
+uint32_t SetLastErrorCode(uint32_t code) {
+  SetLastError(code);
+  return code;
+}
+
+}  // namespace vbu::platform
+
 #if !defined(_WIN32)
 namespace {
 thread_local uint32_t tLastError = 0;

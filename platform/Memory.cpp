@@ -5,7 +5,6 @@
 
 #include <cstdint>
 
-#include "platform/internal/Errors.h"
 #include "platform/internal/SysCalls.h"
 
 namespace vbu::platform {
@@ -25,10 +24,7 @@ void FreeBlock(void* block) {
 void* AllocPages(std::size_t size) {
   if (size == 0 || size > SIZE_MAX - kPage) return nullptr;
   void* base = Sys().mmap(size + kPage);
-  if (base == kMapFailed) {
-    SetLastErrorFromErrno();
-    return nullptr;
-  }
+  if (base == kMapFailed) return nullptr;
   *static_cast<std::size_t*>(base) = size + kPage;
   return static_cast<char*>(base) + kPage;
 }
