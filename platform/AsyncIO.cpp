@@ -3,10 +3,13 @@
 // wait for them), and two routes. On the ring route the system's ring
 // (linux/AsyncIO.inc) moves the data and one reaper thread hands each end to
 // its record's event or to the starting thread's queue of completion
-// routines; where the system refuses a ring, a few threads of the layer's
-// own make the same transfers one at a time.
+// routines. A few threads of the layer's own, started when first needed,
+// make the transfers that the ring does not take: all of them where the
+// system refuses a ring or the host chose the threads, and any single one
+// that a full or failing ring refuses. A transfer, once started, always ends.
 #include "platform/internal/AsyncIO.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -43,6 +46,12 @@ namespace {
 constexpr unsigned kRingEntries = 256;
 constexpr int kTransferThreads = 4;
 
+#if defined(VBU_TRANSFER_THREADS)
+std::atomic<TransferRoute> gRoute{TransferRoute::kThreads};
+#else
+std::atomic<TransferRoute> gRoute{TransferRoute::kSystemQueue};
+#endif
+
 struct Request : MQueuedCompletion {
   int mFd = -1;
   bool mWrite = false;
@@ -54,7 +63,9 @@ struct Request : MQueuedCompletion {
   std::shared_ptr<MThreadAlert> mStarter;  // the thread that runs mRoutine
   uint32_t mError = 0;
   uint32_t mBytes = 0;
-  Request* mNext = nullptr;  // in the free list, or in the threads' queue
+  bool mOnRing = false;      // in the ring; else on the threads' route
+  Request* mNext = nullptr;  // in the free list, the threads' queue or the ring's list
+  Request* mPrevious = nullptr;  // in the ring's list
 };
 
 class Engine {
@@ -63,8 +74,6 @@ class Engine {
     static Engine engine;
     return engine;
   }
-
-  bool UsesRing() const { return mUsesRing; }
 
   uint32_t Start(int fd, bool write, void* buffer, uint32_t count, OVERLAPPED* overlapped,
                  CompletionRoutine routine) {
@@ -87,13 +96,10 @@ class Engine {
       if (mInFlight.size() <= static_cast<std::size_t>(fd)) mInFlight.resize(fd + 1, 0);
       ++mInFlight[fd];
     }
-    uint32_t error = Submit(r);
-    if (error != 0) {
-      r->mStarter.reset();
-      Give(r);
-      Leave(fd);
+    if (gRoute.load(std::memory_order_relaxed) != TransferRoute::kSystemQueue || !SubmitToRing(r, true)) {
+      QueueForThreads(r);
     }
-    return error;
+    return 0;
   }
 
   void Cancel(int fd) {
@@ -123,32 +129,46 @@ class Engine {
     mDrained.wait(lock, [&] { return static_cast<std::size_t>(fd) >= mInFlight.size() || mInFlight[fd] == 0; });
   }
 
- private:
-  Engine() {
-    mUsesRing = mRing.Open(kRingEntries);
-    if (mUsesRing) {
-      mReaper = std::thread([this] { Reap(); });
-    } else {
-      for (int i = 0; i < kTransferThreads; ++i) mWorkers.emplace_back([this] { Work(); });
-    }
+  bool RingCarriesTransfers() {
+    if (gRoute.load(std::memory_order_relaxed) != TransferRoute::kSystemQueue) return false;
+    std::lock_guard<std::mutex> lock(mRingMutex);
+    return OpenRing();
   }
 
+  // A refused ring is asked again once the host asks for it again.
+  void RouteChosen(TransferRoute route) {
+    if (route != TransferRoute::kSystemQueue) return;
+    std::lock_guard<std::mutex> lock(mRingMutex);
+    if (mRingState == RingState::kRefused) mRingState = RingState::kUntried;
+  }
+
+  std::size_t RequestsInUse() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    return mRequests - mFreeCount;
+  }
+
+ private:
+  enum class RingState { kUntried, kOpen, kRefused, kFailed };
+
+  Engine() = default;
+
   ~Engine() {
-    if (mUsesRing) {
-      {
-        std::lock_guard<std::mutex> lock(mSubmitMutex);
-        mRing.SubmitStop();
+    {
+      std::unique_lock<std::mutex> lock(mRingMutex);
+      if (mRingState == RingState::kOpen && mRing.SubmitStop() != 0) {
+        // The reaper cannot be told to end: leave it, and the ring, to the process's end.
+        mReaper.detach();
+        mRingState = RingState::kUntried;
       }
-      mReaper.join();
-      mRing.Close();
-    } else {
-      {
-        std::lock_guard<std::mutex> lock(mMutex);
-        mStopping = true;
-      }
-      mWork.notify_all();
-      for (std::thread& worker : mWorkers) worker.join();
     }
+    if (mReaper.joinable()) mReaper.join();
+    if (mRingState == RingState::kOpen || mRingState == RingState::kFailed) mRing.Close();
+    {
+      std::lock_guard<std::mutex> lock(mMutex);
+      mStopping = true;
+    }
+    mWork.notify_all();
+    for (std::thread& worker : mWorkers) worker.join();
     while (Request* r = mFree) {
       mFree = r->mNext;
       delete r;
@@ -162,8 +182,10 @@ class Engine {
       if (Request* r = mFree) {
         mFree = r->mNext;
         r->mNext = nullptr;
+        --mFreeCount;
         return r;
       }
+      ++mRequests;
     }
     return new Request;
   }
@@ -172,6 +194,7 @@ class Engine {
     std::lock_guard<std::mutex> lock(mMutex);
     r->mNext = mFree;
     mFree = r;
+    ++mFreeCount;
   }
 
   void Leave(int fd) {
@@ -179,30 +202,131 @@ class Engine {
     if (--mInFlight[fd] == 0) mDrained.notify_all();
   }
 
-  uint32_t Submit(Request* r) {
-    if (!mUsesRing) {
-      {
-        std::lock_guard<std::mutex> lock(mMutex);
-        r->mNext = nullptr;
-        if (mQueueTail) {
-          mQueueTail->mNext = r;
-        } else {
-          mQueueHead = r;
-        }
-        mQueueTail = r;
-      }
-      mWork.notify_one();
-      return 0;
+  // ---- the ring route
+
+  // Opens the ring if it is not open: the first time, or anew after a ring
+  // whose wait failed. True when it is open. Under mRingMutex.
+  bool OpenRing() {
+    if (mRingState == RingState::kOpen) return true;
+    if (mRingState == RingState::kRefused) return false;
+    if (mRingState == RingState::kFailed) {
+      // Its reaper has handed back every transfer and is ending.
+      mReaper.join();
+      mRing.Close();
     }
-    std::lock_guard<std::mutex> lock(mSubmitMutex);
-    return mRing.Submit(r->mWrite, r->mFd, r->mBuffer, r->mCount, r->mOffset, r);
+    if (mRing.Open(kRingEntries) != 0) {
+      mRingState = RingState::kRefused;
+      return false;
+    }
+    mRingState = RingState::kOpen;
+    mReaper = std::thread([this] { Reap(); });
+    return true;
   }
 
-  // One system transfer has ended with `outcome`.
-  void Complete(Request* r, Outcome outcome) {
+  // Hands `r` to the ring; false when the ring does not take it (refused,
+  // full or failing), and the caller moves it on the threads. `mayOpen` is
+  // false on the reaper's own thread, which must never wait for itself.
+  bool SubmitToRing(Request* r, bool mayOpen) {
+    std::lock_guard<std::mutex> lock(mRingMutex);
+    if (mayOpen ? !OpenRing() : mRingState != RingState::kOpen) return false;
+    if (mRing.Submit(r->mWrite, r->mFd, r->mBuffer, r->mCount, r->mOffset, r) != 0) return false;
+    // In the list of transfers in the ring, so that a failed wait can end them.
+    r->mOnRing = true;
+    r->mPrevious = nullptr;
+    r->mNext = mInRing;
+    if (mInRing) mInRing->mPrevious = r;
+    mInRing = r;
+    return true;
+  }
+
+  void Reap() {
+    for (;;) {
+      void* tag = nullptr;
+      Outcome outcome;
+      if (uint32_t error = mRing.Wait(&tag, &outcome)) {
+        FailRing(error);
+        return;
+      }
+      if (!tag) return;
+      auto* r = static_cast<Request*>(tag);
+      {
+        // Also pairs with the submitter's release of the lock: the request's
+        // fields were written before it was submitted.
+        std::lock_guard<std::mutex> lock(mRingMutex);
+        if (r->mPrevious) {
+          r->mPrevious->mNext = r->mNext;
+        } else {
+          mInRing = r->mNext;
+        }
+        if (r->mNext) r->mNext->mPrevious = r->mPrevious;
+        r->mNext = r->mPrevious = nullptr;
+        r->mOnRing = false;
+      }
+      Complete(r, outcome, true);
+    }
+  }
+
+  // The ring's wait has failed: nothing more comes out of it. Every transfer
+  // in it ends with the wait's error; the next transfer opens a new ring.
+  void FailRing(uint32_t error) {
+    Request* ended;
+    {
+      std::lock_guard<std::mutex> lock(mRingMutex);
+      mRingState = RingState::kFailed;
+      ended = mInRing;
+      mInRing = nullptr;
+    }
+    while (ended) {
+      Request* next = ended->mNext;
+      ended->mNext = ended->mPrevious = nullptr;
+      ended->mOnRing = false;
+      Finish(ended, error, 0);
+      ended = next;
+    }
+  }
+
+  // ---- the threads' route
+
+  void QueueForThreads(Request* r) {
+    {
+      std::lock_guard<std::mutex> lock(mMutex);
+      if (mWorkers.empty()) {
+        for (int i = 0; i < kTransferThreads; ++i) mWorkers.emplace_back([this] { Work(); });
+      }
+      r->mNext = nullptr;
+      if (mQueueTail) {
+        mQueueTail->mNext = r;
+      } else {
+        mQueueHead = r;
+      }
+      mQueueTail = r;
+    }
+    mWork.notify_one();
+  }
+
+  void Work() {
+    for (;;) {
+      Request* r;
+      {
+        std::unique_lock<std::mutex> lock(mMutex);
+        mWork.wait(lock, [this] { return mStopping || mQueueHead; });
+        if (mStopping) return;
+        r = mQueueHead;
+        mQueueHead = r->mNext;
+        if (!mQueueHead) mQueueTail = nullptr;
+      }
+      Complete(r, os::TransferNow(r->mWrite, r->mFd, r->mBuffer, r->mCount, r->mOffset), false);
+    }
+  }
+
+  // ---- ends
+
+  // One system transfer has ended with `outcome`; `onReaper` when on the
+  // reaper's thread.
+  void Complete(Request* r, Outcome outcome, bool onReaper) {
     if (outcome.again) {
-      uint32_t error = Submit(r);
-      if (error != 0) Finish(r, error, 0);
+      // Made again: through the ring if it came from there and the ring takes it.
+      if (!onReaper || !SubmitToRing(r, false)) QueueForThreads(r);
     } else if (outcome.error != 0) {
       Finish(r, outcome.error, 0);
     } else if (r->mWrite && outcome.bytes < r->mCount) {
@@ -247,43 +371,18 @@ class Engine {
     Get().Give(r);
   }
 
-  void Reap() {
-    for (;;) {
-      void* tag = nullptr;
-      Outcome outcome;
-      if (mRing.Wait(&tag, &outcome) != 0) return;
-      if (!tag) return;
-      // Pairs with the submitter's release of the lock: the request's fields
-      // were written before it was submitted.
-      { std::lock_guard<std::mutex> lock(mSubmitMutex); }
-      Complete(static_cast<Request*>(tag), outcome);
-    }
-  }
-
-  void Work() {
-    for (;;) {
-      Request* r;
-      {
-        std::unique_lock<std::mutex> lock(mMutex);
-        mWork.wait(lock, [this] { return mStopping || mQueueHead; });
-        if (mStopping) return;
-        r = mQueueHead;
-        mQueueHead = r->mNext;
-        if (!mQueueHead) mQueueTail = nullptr;
-      }
-      Complete(r, os::TransferNow(r->mWrite, r->mFd, r->mBuffer, r->mCount, r->mOffset));
-    }
-  }
-
-  std::mutex mMutex;  // the free list, the counts, the threads' queue
+  std::mutex mMutex;  // the pool and its counts, the counts by descriptor, the threads' queue
   std::condition_variable mDrained;
   std::vector<uint32_t> mInFlight;  // transfers under way, by descriptor
   Request* mFree = nullptr;
+  std::size_t mRequests = 0;   // made
+  std::size_t mFreeCount = 0;  // of those, in the free list
 
-  bool mUsesRing = false;
+  std::mutex mRingMutex;  // the ring, its state and its list
+  RingState mRingState = RingState::kUntried;
   os::Ring mRing;
-  std::mutex mSubmitMutex;
   std::thread mReaper;
+  Request* mInRing = nullptr;
 
   std::condition_variable mWork;
   Request* mQueueHead = nullptr;
@@ -301,6 +400,19 @@ uint32_t StartTransfer(int fd, bool write, void* buffer, uint32_t count, OVERLAP
 
 void CancelTransfers(int fd) { Engine::Get().Cancel(fd); }
 
-bool TransfersUseIoUring() { return Engine::Get().UsesRing(); }
+bool TransfersUseIoUring() { return Engine::Get().RingCarriesTransfers(); }
+
+std::size_t TransferRequestsInUse() { return Engine::Get().RequestsInUse(); }
 
 }  // namespace vbu::platform
+
+namespace vbu {
+
+void SetTransferRoute(TransferRoute route) {
+  platform::gRoute.store(route, std::memory_order_relaxed);
+  platform::Engine::Get().RouteChosen(route);
+}
+
+TransferRoute GetTransferRoute() { return platform::gRoute.load(std::memory_order_relaxed); }
+
+}  // namespace vbu

@@ -1,5 +1,6 @@
 #include "platform/internal/CodePage.h"
 
+#include "platform/internal/Errors.h"
 #include "platform/internal/SysCalls.h"
 
 #if defined(__linux__)

@@ -175,7 +175,7 @@ uint32_t StreamFailure(Stream* stream) {
 uint32_t OpenDescriptor(const unsigned short* path, unsigned flags, int* fd) {
   *fd = -1;
   PathBytes bytes(path);
-  if (!bytes.Ok()) return kErrorNoFile;
+  if (!bytes.Ok()) return bytes.Error();
   if (uint32_t error = os::Open(bytes.Get(), flags, fd)) return error;
   Descriptors::Get().Set(*fd, Traits{(flags & kDescriptorText) != 0});
   return 0;
@@ -233,7 +233,7 @@ uint32_t EndFileAtPosition(int fd) {
 
 uint32_t SetOwnerReadWrite(const unsigned short* path) {
   PathBytes bytes(path);
-  if (!bytes.Ok()) return kErrorNoFile;
+  if (!bytes.Ok()) return bytes.Error();
   return os::OwnerReadWriteOnly(bytes.Get());
 }
 
@@ -347,7 +347,7 @@ uint32_t OpenHandle(const unsigned short* path, HandleAccess access, HandleDispo
                     HandleOptions options, intptr_t* handle) {
   *handle = -1;
   PathBytes bytes(path);
-  if (!bytes.Ok()) return kErrorNoFile;
+  if (!bytes.Ok()) return bytes.Error();
   int fd = -1;
   Traits traits;
   traits.sequential = options.sequential;

@@ -16,7 +16,7 @@ namespace vbu::platform {
 
 uint32_t StatPath(const unsigned short* path, _stati64* out) {
   PathBytes bytes(path);
-  if (!bytes.Ok()) return kErrorNoFile;
+  if (!bytes.Ok()) return bytes.Error();
   if (!out) return kErrorInvalidArgument;
   return os::StatPath(bytes.Get(), out);
 }
@@ -34,7 +34,7 @@ bool PathExists(const unsigned short* path) {
 
 uint32_t RemoveFile(const unsigned short* path) {
   PathBytes bytes(path);
-  if (!bytes.Ok()) return kErrorNoFile;
+  if (!bytes.Ok()) return bytes.Error();
   return os::RemoveFile(bytes.Get());
 }
 
@@ -46,7 +46,7 @@ DriveKind GetDriveKind(const unsigned short* path) {
 
 uint32_t GetFreeBytesAvailable(const unsigned short* path, uint64_t* bytes) {
   PathBytes text(path);
-  if (!text.Ok()) return kErrorNoFile;
+  if (!text.Ok()) return text.Error();
   if (!bytes) return kErrorInvalidArgument;
   return os::FreeBytes(text.Get(), bytes);
 }

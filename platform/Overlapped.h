@@ -1,6 +1,7 @@
 // Overlapped.h: what a host needs to run asynchronous file transfers: the
-// transfer record, the event that a finished transfer signals (Event.h), and
-// the error codes that the file classes give, with the thread's last error.
+// transfer record, the event that a finished transfer signals (Event.h), the
+// error codes that the file classes give, with the thread's last error, and
+// the choice of the route that moves the data.
 //
 //   MEvent done;  OVERLAPPED record;
 //   if (file.FReadOverlapped(offset, buffer, 4096, &record, &done) == 0)
@@ -25,6 +26,23 @@ constexpr uint32_t kErrorHandleEof = 38;          // a read at or behind the end
 constexpr uint32_t kErrorOperationAborted = 995;  // a transfer ended by a cancel
 constexpr uint32_t kErrorIoPending = 997;         // a transfer is under way
 constexpr uint32_t kErrorNotImplemented = 0x20000026u;
+
+namespace vbu {
+
+// How the library moves asynchronous transfers. kSystemQueue: through the
+// system's own queue of transfers where it has one (io_uring), with any
+// transfer that the queue cannot take at the moment, or all of them where
+// the system refuses it, moved on the library's threads instead. kThreads:
+// on the library's threads only. The default is kSystemQueue, or kThreads in
+// a library built with VBU_TRANSFER_THREADS.
+enum class TransferRoute { kSystemQueue, kThreads };
+
+// Chooses the route of the transfers started from now on; those under way
+// end on their own. Any thread, at any time.
+VBU_API void SetTransferRoute(TransferRoute route);
+VBU_API TransferRoute GetTransferRoute();
+
+}  // namespace vbu
 
 #if !defined(_WIN32)
 // The record of one asynchronous transfer. The caller owns it, and the buffer,

@@ -1,15 +1,18 @@
 // AsyncIO.h: asynchronous transfers at explicit 64-bit offsets on a file
-// descriptor. The system moves the data (io_uring, or the layer's own
-// threads where io_uring is refused); each transfer ends by filling in its
-// OVERLAPPED record and then either signalling the record's event or
-// queueing a completion routine for the thread that started it, which runs
-// it during its next alertable wait. Internal; never installed.
+// descriptor. The system's queue of transfers moves the data (io_uring), or
+// the layer's own threads do: for every transfer where the host chose them
+// or the system refuses the queue, and for any one transfer that the queue
+// cannot take. Each transfer ends by filling in its OVERLAPPED record and
+// then either signalling the record's event or queueing a completion routine
+// for the thread that started it, which runs it during its next alertable
+// wait. Internal; never installed.
 //
 //   OVERLAPPED record{};  record.hEvent = &event;  SetOffset(record, 4096);
 //   if (StartTransfer(fd, false, buffer, 2048, &record, nullptr) == 0) event.Wait();
 //   // record.Internal: error code; record.InternalHigh: bytes read
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "platform/Overlapped.h"
@@ -33,7 +36,9 @@ inline void SetOffset(OVERLAPPED& record, int64_t offset) {
 // disk cannot take whole ends with the error of the disk (ENOSPC: full).
 // With `routine`, the end is delivered as routine(error, bytes, overlapped)
 // on the calling thread; without, the record's event is signalled. Gives 0
-// once started, else an error code, and then nothing is delivered.
+// once started, and then the end is always delivered, a failure of the
+// system's included; else (a bad descriptor or argument) an error code, and
+// nothing is delivered. Sets no last error.
 uint32_t StartTransfer(int fd, bool write, void* buffer, uint32_t count, OVERLAPPED* overlapped,
                        CompletionRoutine routine);
 
@@ -43,8 +48,14 @@ uint32_t StartTransfer(int fd, bool write, void* buffer, uint32_t count, OVERLAP
 // delivered as usual.
 void CancelTransfers(int fd);
 
-// True when the system's io_uring carries the transfers, false when the
-// layer's own threads do. Decided at the first transfer.
+// True when the system's io_uring carries the transfers started now, false
+// when the layer's own threads do (the host chose them, or the system
+// refuses io_uring).
 bool TransfersUseIoUring();
+
+// The transfer records taken from the engine's pool and not given back:
+// those of transfers under way, and of ended ones whose completion routine
+// has not run yet. For tests, which check that nothing is lost.
+std::size_t TransferRequestsInUse();
 
 }  // namespace vbu::platform

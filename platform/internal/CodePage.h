@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace vbu::platform {
 
@@ -14,11 +15,14 @@ enum class CodePage { kSystem, kMacintosh };
 
 // Converts `count` bytes into at most `room` units (no terminator is
 // written). Bytes that are no character of the page become U+FFFD. Gives the
-// units written, or -1 if they do not fit or the conversion is not at hand.
-long BytesToUnits(const char* bytes, std::size_t count, unsigned short* out, std::size_t room, CodePage page);
+// units written, or -1 if they do not fit or the conversion is not at hand;
+// `error`, when given, then receives the code of the failure.
+long BytesToUnits(const char* bytes, std::size_t count, unsigned short* out, std::size_t room, CodePage page,
+                  uint32_t* error = nullptr);
 // Converts `count` units into at most `room` bytes (no terminator). Units the
 // page cannot show become '?' (U+FFFD's bytes in UTF-8). Gives the bytes
-// written, or -1 if they do not fit or the conversion is not at hand.
-long UnitsToBytes(const unsigned short* units, std::size_t count, char* out, std::size_t room, CodePage page);
+// written, or -1 as BytesToUnits does.
+long UnitsToBytes(const unsigned short* units, std::size_t count, char* out, std::size_t room, CodePage page,
+                  uint32_t* error = nullptr);
 
 }  // namespace vbu::platform

@@ -3,10 +3,11 @@
 // Internal; never installed.
 //
 //   vbu::platform::PathBytes bytes(path);
-//   if (!bytes.Ok()) return -1;
+//   if (!bytes.Ok()) return bytes.Error();
 //   int fd = Sys().open(bytes.Get(), O_RDONLY, 0);
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace vbu::platform {
@@ -18,9 +19,12 @@ class PathBytes {
   // True when there is a non-empty path to give to the system.
   bool Ok() const { return !mBytes.empty(); }
   const char* Get() const { return mBytes.c_str(); }
+  // Why it is not Ok: kErrorNoFile for no path, else the conversion's code.
+  uint32_t Error() const { return mError; }
 
  private:
   std::string mBytes;
+  uint32_t mError;
 };
 
 }  // namespace vbu::platform

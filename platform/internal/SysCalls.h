@@ -16,6 +16,7 @@ struct statx;
 struct statvfs;
 struct statfs;
 struct io_uring;
+struct io_uring_cqe;
 
 namespace vbu::platform {
 
@@ -55,9 +56,13 @@ struct SysCalls {
   void* (*mmap)(std::size_t size);  // kMapFailed on failure
   int (*munmap)(void* block, std::size_t size);
 
-  // The io_uring ring of asynchronous transfers (liburing's queue init);
-  // a failure makes the layer move transfers on threads of its own.
+  // The io_uring ring of asynchronous transfers (liburing); each gives 0 (or
+  // a count) or minus an errno, not through errno. A refused init makes the
+  // layer move transfers on threads of its own; a refused submit hands that
+  // transfer to them; a failed wait ends the transfers in the ring with its error.
   int (*io_uring_queue_init)(unsigned entries, struct ::io_uring* ring, unsigned flags);
+  int (*io_uring_submit)(struct ::io_uring* ring);
+  int (*io_uring_wait_cqe)(struct ::io_uring* ring, struct ::io_uring_cqe** completion);
 };
 
 // The live table: what the layer calls. Tests may change its entries.

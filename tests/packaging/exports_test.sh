@@ -29,7 +29,7 @@ for name in 'Handle::Resize' 'StPointerBlock::StPointerBlock' 'UMemUtils::memcpy
             'MFileSpecWin::CreateUniqueFileSpec' 'MFileSpecWin::IsDriveReadOnly' 'MFile::FileExist' 'vtable for MFile' \
             'MFileUniv::FReadOverlapped' 'MFileUniv::FWaitOverlappedCompletion' 'MFileUniv::ConcatFile' \
             'MFileUniv::FNativeGetts' 'ConcatCompletionRoutine' 'AsyncReadBuffer::ReadBuffer' 'MEvent::Wait' \
-            'GetLastError' 'vbu::ShowMessageBox' 'CThreadStatus::AdvancePosition' 'CThreadStatus::sThreadStatus'; do
+            'GetLastError' 'vbu::ShowMessageBox' 'vbu::SetTransferRoute' 'CThreadStatus::AdvancePosition' 'CThreadStatus::sThreadStatus'; do
   if ! grep -qF -- "$name" <<<"$symbols"; then
     echo "not exported: $name"; fail=1
   fi

@@ -1,7 +1,7 @@
 // Files when the system fails: a source that cannot be read, a destination
 // that fills up, a folder where nothing may be written, and the read-only
-// tests of volumes. This program moves transfers on the layer's own threads
-// (see routes/ForceThreads.cpp), so that each system call can be failed.
+// tests of volumes. The joins move their transfers on the layer's own
+// threads, whose reads and writes are the calls failed here.
 #include <VantoroBasicUtils/files/MFileSpec.h>
 #include <VantoroBasicUtils/files/MFileUniv.h>
 
@@ -68,6 +68,7 @@ class JoinFaults : public ::testing::Test {
     return ReadAll(dir.Bytes("disc.iso"));
   }
 
+  StTransferRoute route{vbu::TransferRoute::kThreads};
   TempFolder dir;
   std::string first, second;
   MFileUniv destination;

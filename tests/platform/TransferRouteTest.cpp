@@ -1,0 +1,120 @@
+// The two transfer routes when the ring fails: a refused submit moves the
+// transfer on the threads, a failed wait ends the transfers in the ring with
+// its error and the next transfer gets a new ring, a refused ring leaves
+// everything to the threads. No transfer is lost, none waits forever.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "platform/FaultInjection.h"
+#include "platform/internal/File.h"
+#include "support/TempFolder.h"
+
+namespace vp = vbu::platform;
+
+namespace {
+
+class TransferRoutes : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!vp::TransfersUseIoUring()) GTEST_SKIP() << "the system refuses io_uring here";
+    WriteAll(dir.Bytes("f"), bytes);
+    ASSERT_EQ(vp::OpenHandle(dir.Path("f"), vp::HandleAccess::kRead, vp::HandleDisposition::kOpenExisting, {},
+                             &handle),
+              0u);
+    baseline = vp::TransferRequestsInUse();
+  }
+  void TearDown() override {
+    if (handle != -1) vp::CloseHandle(handle);
+    std::free(buffer);
+  }
+
+  // Reads the first 4096 bytes and waits (at most ten seconds) for the end:
+  // the record's error, or -1 if it never came.
+  long ReadAndWait() {
+    OVERLAPPED record{};
+    MEvent done;
+    record.hEvent = &done;
+    std::memset(buffer, 0, 4096);
+    if (vp::StartHandleTransfer(handle, false, buffer, 4096, &record, nullptr) != 0) return -2;
+    if (done.Wait(10000) != kWaitObject0) return -1;
+    if (record.Internal == 0 && (record.InternalHigh != 4096 || std::memcmp(buffer, bytes.data(), 4096) != 0)) {
+      return -3;
+    }
+    return static_cast<long>(record.Internal);
+  }
+
+  StTransferRoute route{vbu::TransferRoute::kSystemQueue};
+  TempFolder dir;
+  std::string bytes = Pattern(8192, 9);
+  intptr_t handle = -1;
+  char* buffer = static_cast<char*>(std::aligned_alloc(4096, 4096));
+  std::size_t baseline = 0;
+};
+
+}  // namespace
+
+TEST_F(TransferRoutes, ASubmitThatFailsHandsTheTransferToTheThreads) {
+  static int submitError;
+  for (int error : {EBUSY, EAGAIN, ENOMEM}) {
+    submitError = error;
+    StSysCallTable saved;
+    vp::Sys().io_uring_submit = [](struct ::io_uring*) { return -submitError; };
+    vp::Sys().pread = [](int, void*, std::size_t, int64_t) -> long { return errno = EIO, -1; };
+    EXPECT_EQ(ReadAndWait(), EIO) << "made on the threads, whose read fails here";
+    vp::Sys().pread = vp::DefaultSysCalls().pread;
+    EXPECT_EQ(ReadAndWait(), 0) << "and succeeds here";
+  }
+  EXPECT_EQ(ReadAndWait(), 0) << "the ring takes transfers again";
+  EXPECT_TRUE(vp::TransfersUseIoUring());
+  EXPECT_EQ(vp::TransferRequestsInUse(), baseline);
+}
+
+TEST_F(TransferRoutes, AFailedWaitEndsTheTransfersInTheRingWithItsError) {
+  {
+    StSysCallTable saved;
+    vp::Sys().io_uring_wait_cqe = [](struct ::io_uring*, struct ::io_uring_cqe**) { return -EOVERFLOW; };
+    // The reaper may be inside a wait that began before the swap: the first
+    // read ends either way. From the second on, the wait fails at once.
+    long first = ReadAndWait();
+    EXPECT_TRUE(first == 0 || first == EOVERFLOW) << first;
+    EXPECT_EQ(ReadAndWait(), EOVERFLOW);
+    EXPECT_EQ(ReadAndWait(), EOVERFLOW) << "each transfer gets a new ring, whose wait fails again";
+    vp::CancelTransfers(vp::HandleDescriptor(handle));  // returns: nothing is left under way
+  }
+  EXPECT_EQ(ReadAndWait(), 0) << "a new ring, whose waits work";
+  EXPECT_TRUE(vp::TransfersUseIoUring());
+  EXPECT_EQ(vp::TransferRequestsInUse(), baseline);
+}
+
+TEST_F(TransferRoutes, ARefusedRingOrTheHostsChoiceLeavesEverythingToTheThreads) {
+  {
+    StTransferRoute threads(vbu::TransferRoute::kThreads);
+    EXPECT_FALSE(vp::TransfersUseIoUring());
+    StSysCallTable saved;
+    vp::Sys().pread = [](int, void*, std::size_t, int64_t) -> long { return errno = ENXIO, -1; };
+    EXPECT_EQ(ReadAndWait(), ENXIO) << "the threads read";
+  }
+  EXPECT_EQ(vbu::GetTransferRoute(), vbu::TransferRoute::kSystemQueue);
+  EXPECT_TRUE(vp::TransfersUseIoUring());
+  {
+    // A ring that fails its wait is replaced at the next transfer; a refused
+    // replacement leaves the transfers to the threads until the host asks
+    // for the ring again.
+    StSysCallTable saved;
+    vp::Sys().io_uring_wait_cqe = [](struct ::io_uring*, struct ::io_uring_cqe**) { return -EIO; };
+    ReadAndWait();
+    EXPECT_EQ(ReadAndWait(), EIO);
+    vp::Sys().io_uring_queue_init = [](unsigned, struct ::io_uring*, unsigned) { return -EPERM; };
+    EXPECT_EQ(ReadAndWait(), 0) << "on the threads";
+    EXPECT_FALSE(vp::TransfersUseIoUring());
+  }
+  EXPECT_FALSE(vp::TransfersUseIoUring()) << "refused: not asked again by itself";
+  vbu::SetTransferRoute(vbu::TransferRoute::kSystemQueue);
+  EXPECT_TRUE(vp::TransfersUseIoUring());
+  EXPECT_EQ(ReadAndWait(), 0);
+  EXPECT_EQ(vp::TransferRequestsInUse(), baseline);
+}
