@@ -4,7 +4,8 @@
 
 #include "containers/UMemUtils.h"
 #include "files/MFileUniv.h"
-#include "platform/File.h"
+#include "platform/internal/File.h"
+#include "platform/internal/Memory.h"
 
 namespace vp = vbu::platform;
 

@@ -10,8 +10,8 @@
 
 #include <cstdint>
 
-#include "../platform/Export.h"
-#include "../platform/Overlapped.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/platform/Overlapped.h>
 
 class MFileUniv;
 
