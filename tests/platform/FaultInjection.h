@@ -16,14 +16,23 @@
 // StTransferRoute    chooses the transfer route for a scope.
 //
 //   int runs = SweepSysCallFaults(EIO, [&](StSysCallFaults& faults) {
+//     faults.Pause();                       // set-up and probes are not swept
+//     MString path = dir.Path("f");         // (a path conversion is a call too)
 //     LeakProbe probe;
-//     MFileUniv file;
-//     int result = file.FOpen(path, MFile::file_read_binary);
-//     EXPECT_EQ(result, faults.Fired() ? -1 : 0) << faults.Describe();
-//     file.FClose();
+//     faults.Resume();
+//     {
+//       MFileUniv file;
+//       int result = file.FOpen(path, MFile::file_read_binary);
+//       if (result == -1) EXPECT_EQ(GetLastError(), EIO) << faults.Describe();
+//     }
+//     faults.Pause();
 //     EXPECT_TRUE(probe.Clean()) << faults.Describe() << probe.Describe();
+//     EXPECT_EQ(faults.LivePageBlocks(), 0);
 //   });
-//   EXPECT_LT(runs, 2000);
+//   EXPECT_LT(runs, 2000);                 // it ran untouched in the end
+//
+// Whoever adds an entry to the table adds it to StSysCallFaults's list too:
+// a static_assert below counts them.
 //
 // A failed call sets errno and gives the entry's failure result: null for
 // calloc, kMapFailed for mmap, (void*)-1 for iconv_open, (size_t)-1 for
@@ -173,6 +182,8 @@ class StSysCallFaults : public StSysCallTable {
     VBU_FAULT_ENTRY(io_uring_wait_cqe, -fault_detail::sState.error);
 #undef VBU_FAULT_ENTRY
 #undef VBU_FAULT_RELEASE
+    static_assert(sizeof(vbu::platform::SysCalls) == 28 * sizeof(void*),
+                  "a new entry of the system-call table: wrap it above, and count it here");
     fault_detail::sState.armed = true;
   }
   ~StSysCallFaults() {

@@ -35,7 +35,9 @@ std::u16string SystemText(int error) {
 
 // Sector-aligned memory, as unbuffered transfers need.
 struct Sectors {
-  explicit Sectors(std::size_t bytes) : data(static_cast<char*>(std::aligned_alloc(4096, bytes))) {}
+  // aligned_alloc takes whole multiples of the alignment.
+  explicit Sectors(std::size_t bytes)
+      : data(static_cast<char*>(std::aligned_alloc(4096, (bytes + 4095) / 4096 * 4096))) {}
   ~Sectors() { std::free(data); }
   char* data;
 };
