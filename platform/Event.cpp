@@ -10,8 +10,11 @@ MEvent::MEvent(bool initialState) : mSignalled(initialState) {}
 MEvent::~MEvent() = default;
 
 void MEvent::Set() {
-  mSignalled.store(true, std::memory_order_release);
+  // The signal is given under the event's lock: a waiter that sees it still
+  // takes that lock before it returns, so the event outlives this call even
+  // when the waiter destroys it at once.
   std::lock_guard<std::mutex> lock(mMutex);
+  mSignalled.store(true, std::memory_order_release);
   // Taking each waiter's own lock before waking it means that no waiter can
   // be between its check and its sleep: none misses the signal.
   for (MThreadAlert* waiter : mWaiters) {

@@ -92,9 +92,9 @@ struct State {
   std::atomic<const char*> failedEntry{nullptr};
   std::atomic<long> heapBlocks{0};
   std::atomic<long> pageBlocks{0};
-  int n = 0;
-  int error = 0;
-  bool fromThenOn = false;
+  std::atomic<int> n{0};
+  std::atomic<int> error{0};
+  std::atomic<bool> fromThenOn{false};
   vbu::platform::SysCalls inner{};
 };
 inline State sState;
