@@ -7,11 +7,16 @@
 #include "containers/LArray.h"
 #include "messaging/CMessageAction.h"
 #include "messaging/StGlobalLock.h"
+#include "tasks/CIdleProcess.h"
+#include "tasks/CThreadAction.h"
 #include "tasks/CThreadStatus.h"
 
 // The bit cursor's mask tables are constant-initialised; this records, first
 // of all, that they are complete.
 bool CAppBits::sByteMasksInitialized = CAppBits::InitializeByteMasks();
+
+// Deferred work of the idle handler. At unload it deletes what is pending.
+CIdleProcesses gIdleProcesses;
 
 // The shared comparators of arrays made without one of their own.
 LLongComparator LArray::sLongComparator;
@@ -25,3 +30,6 @@ CMessageAction CMessageAction::sMessageAction;
 
 // Progress reports.
 CThreadStatus CThreadStatus::sThreadStatus;
+
+// The task list.
+CThreadAction CThreadAction::sThreadAction;

@@ -10,6 +10,7 @@
 #include "platform/MessageQueue.h"
 #include "platform/Overlapped.h"
 #include "platform/Sync.h"
+#include "platform/Thread.h"
 
 #include "text/CStringExtract.h"
 #include "text/MString.h"
@@ -55,4 +56,12 @@
 #include "messaging/LResponder.h"
 #include "messaging/StGlobalLock.h"
 
+#include "tasks/CBrevanderThread.h"
+#include "tasks/CBrevanderWinThread.h"
+#include "tasks/CIdleProcess.h"
+#include "tasks/COperation.h"
+#include "tasks/COperationList.h"
+#include "tasks/CThreadAction.h"
+#include "tasks/CThreadDispatcher.h"
 #include "tasks/CThreadStatus.h"
+#include "tasks/MBrevanderTaskBase.h"

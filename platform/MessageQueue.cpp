@@ -1,5 +1,7 @@
 #include "platform/MessageQueue.h"
 
+#include "platform/internal/Thread.h"
+
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -70,11 +72,7 @@ struct ThreadQueueHolder {
   }
 };
 
-unsigned long ThreadId() {
-  static std::atomic<unsigned long> next{1};
-  thread_local unsigned long id = next++;
-  return id;
-}
+unsigned long ThreadId() { return vbu::platform::CurrentThreadId(); }
 
 std::shared_ptr<MThreadQueueState>& CurrentQueue() {
   thread_local ThreadQueueHolder holder;

@@ -16,6 +16,7 @@ struct statx;
 struct statvfs;
 struct statfs;
 struct io_uring;
+struct sigaction;
 
 namespace vbu::platform {
 
@@ -55,6 +56,19 @@ struct SysCalls {
   // The io_uring ring of asynchronous transfers (liburing's queue init);
   // a failure makes the layer move transfers on threads of its own.
   int (*io_uring_queue_init)(unsigned entries, struct ::io_uring* ring, unsigned flags);
+
+  // Threads. These give 0 or an error number (not through errno).
+  // Starts a detached thread running start(arg); its handle goes to *thread.
+  int (*thread_create)(uint64_t* thread, void* (*start)(void* arg), void* arg);
+  // Sends `signal` to a thread of this process.
+  int (*thread_kill)(uint64_t thread, int signal);
+  // Unblocks `signal` for the calling thread.
+  int (*thread_unblock_signal)(int signal);
+  // Installs a signal's action; -1 and errno on failure.
+  int (*sigaction)(int signal, const struct ::sigaction* action, struct ::sigaction* old);
+  // Waits while *word equals `expected` (spurious wake-ups allowed); wakes up to `count` waiters.
+  void (*futex_wait)(uint32_t* word, uint32_t expected);
+  void (*futex_wake)(uint32_t* word, int count);
 };
 
 // The live table: what the layer calls. Tests may change its entries.
