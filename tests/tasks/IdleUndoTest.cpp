@@ -79,6 +79,7 @@ TEST_F(Idle, ACopyStaysOffTheListAndARemovedProcessNeverRuns) {
 int gDeaths = 0;
 
 TEST_F(Idle, AQueueThatDiesDeletesWhatIsPendingWithoutRunningIt) {
+  gDeaths = 0;
   auto* queue = new CIdleProcesses;
   class Pending : public CIdleProcess {
    public:
