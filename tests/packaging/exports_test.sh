@@ -29,12 +29,18 @@ for name in 'Handle::Resize' 'StPointerBlock::StPointerBlock' 'UMemUtils::memcpy
             'MFileSpecWin::CreateUniqueFileSpec' 'MFileSpecWin::IsDriveReadOnly' 'MFile::FileExist' 'vtable for MFile' \
             'MFileUniv::FReadOverlapped' 'MFileUniv::FWaitOverlappedCompletion' 'MFileUniv::ConcatFile' \
             'MFileUniv::FNativeGetts' 'ConcatCompletionRoutine' 'AsyncReadBuffer::ReadBuffer' 'MEvent::Wait' \
-            'GetLastError' 'vbu::ShowMessageBox' 'CThreadStatus::AdvancePosition' 'CThreadStatus::sThreadStatus'; do
+            'GetLastError' 'vbu::ShowMessageBox' 'CThreadStatus::AdvancePosition' 'CThreadStatus::sThreadStatus' \
+            'CBrevanderThread::Execute' 'CBrevanderThread::GetStatusPosition' 'vtable for CBrevanderThread' \
+            'MBrevanderTaskBase::IsStop' 'CThreadAction::sThreadAction' 'CThreadAction::FindThread(unsigned int)' \
+            'CThreadDispatcher::GetThreadDispatcher' 'CThreadDispatcher::sThreadDispatcher' 'CBrevanderWinThread::Quit' \
+            'gIdleProcesses' 'CIdleProcesses::ExecuteAll' 'CIdleProcess::Execute' 'COperation::Execute' \
+            'COperationList::addOperation' 'COperationList::Undo' 'MThread::SuspendThread' 'MThread::ClaimMainThread' \
+            'BeginThread'; do
   if ! grep -qF -- "$name" <<<"$symbols"; then
     echo "not exported: $name"; fail=1
   fi
 done
-for pattern in 'vbu::wtext' 'vbu::platform' 'vbu::text' 'anonymous namespace' 'MoveBytes' 'EffectiveSize' 'LArrayOrdering' 'MThreadQueueState' 'ToSystemBytes' 'io_uring' 'PathBytes'; do
+for pattern in 'vbu::wtext' 'vbu::platform' 'vbu::text' 'anonymous namespace' 'MoveBytes' 'EffectiveSize' 'LArrayOrdering' 'MThreadQueueState' 'ToSystemBytes' 'io_uring' 'PathBytes' 'MThreadRunner' 'MThreadControl'; do
   if grep -qF -- "$pattern" <<<"$symbols"; then
     echo "internal symbol exported:"; grep -F -- "$pattern" <<<"$symbols" | head -n5; fail=1
   fi
