@@ -4,9 +4,9 @@
 #include <cerrno>
 #include <mutex>
 
-#include "platform/Errors.h"
+#include "platform/internal/Errors.h"
 #include "platform/Overlapped.h"
-#include "platform/SysCalls.h"
+#include "platform/internal/SysCalls.h"
 #include "platform/internal/Thread.h"
 
 // What a thread object and its system thread share. It outlives whichever
