@@ -221,9 +221,10 @@ void CBrevanderThread::Finish(bool runPostPlay) {
 }
 
 void CBrevanderThread::CleanUp(bool runPostPlay) {
-  const bool selfDestroy = mSelfDestroy;
   if (runPostPlay) PostPlay();
   BroadcastMessage(kMsgTaskCleanUp, this);
+  // Read before the removal: from then on the owner of a kept task may delete it.
+  const bool selfDestroy = mSelfDestroy;
   CThreadAction::GetThreadAction()->RemoveThread(this);
   if (selfDestroy) delete this;
 }
