@@ -44,6 +44,7 @@
 #include "files/MFile.h"
 #include "files/MFileSpec.h"
 #include "files/MFileUniv.h"
+#include "files/MFiles.h"
 #include "files/PathTails.h"
 
 #include "messaging/CBroadcastDispatcher.h"

@@ -16,6 +16,7 @@ struct statx;
 struct statvfs;
 struct statfs;
 struct io_uring;
+struct dirent;
 
 namespace vbu::platform {
 
@@ -47,6 +48,17 @@ struct SysCalls {
   int (*chmod)(const char* path, unsigned mode);
   // posix_fadvise: gives 0 or an error number (not through errno).
   int (*fadvise)(int fd, int64_t offset, int64_t length, int advice);
+
+  // Names in folders; a folder stream is the system's DIR*, null on failure.
+  int (*rename)(const char* from, const char* to);
+  int (*link)(const char* existing, const char* name);
+  int (*lstat)(const char* path, struct ::stat* info);
+  int (*chdir)(const char* path);
+  char* (*getcwd)(char* buffer, std::size_t size);
+  int (*rmdir)(const char* path);
+  void* (*opendir)(const char* path);
+  struct ::dirent* (*readdir)(void* folder);
+  int (*closedir)(void* folder);
 
   // Page-aligned blocks of zeroed memory.
   void* (*mmap)(std::size_t size);  // MAP_FAILED ((void*)-1) on failure
