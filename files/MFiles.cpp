@@ -520,7 +520,8 @@ int MFiles::ChangeAllFilesDirectory(const unsigned short* directory) {
   }
   FClose();
   DeleteAll();
-  if (info.GetLength() == 0 || !directory) return -1;
+  // An info file of no lines would lose the segments.
+  if (info.GetLength() == 0 || !directory || lines.GetSize() == 0) return -1;
   MString pending = PendingInfoName(info);
   if (WriteInfoFile(pending, lines) != 0 || vp::RenamePath(pending, info) != 0) {
     vp::DeleteFile(pending);
