@@ -128,7 +128,11 @@ int MFileUniv::FOpen(file_open_t mode) {
     vp::CloseDescriptor(fd);
     return -1;
   }
-  vp::SeekDescriptor(fd, 0, row.atEnd ? file_seek_end : file_seek_begin);
+  // An append that does not stand at the end would write over the file.
+  if (vp::SeekDescriptor(fd, 0, row.atEnd ? file_seek_end : file_seek_begin) < 0) {
+    vp::CloseStream(stream);
+    return -1;
+  }
   mStream = stream;
   mDescriptor = fd;
   if (mode != file_read_text && mode != file_read_binary) vp::SetOwnerReadWrite(path);

@@ -171,8 +171,12 @@ int MFiles::FOpen(file_open_t mode) {
 
   mInfoSpec = MFileSpecWin();
   MFileUniv reader;
-  _stati64 info;
-  if (reader.FStat(spec, &info) != 0) {
+  _stati64 status;
+  bool missing = vp::StatPath(spec.GetFilePath(), &status) != 0;
+  // Only a name that is not there is a new plain file: a file that cannot be
+  // asked might be an info file.
+  if (missing && !vp::IsNotFound(static_cast<int>(GetLastError()))) return -1;
+  if (missing) {
     append(spec.GetFilePath());
   } else {
     if (reader.FOpen(spec, file_read_text) != 0) return -1;
@@ -481,15 +485,21 @@ int MFiles::CreateInfoFile(MFileSpecWin& spec) {
 int MFiles::AddToInfoFile(MFileSpecWin& spec) {
   if (mInfoSpec.IsNull()) return -1;
   MString& info = mInfoSpec.GetFilePath();
-  if (!vp::PathExists(info) && CreateInfoFile(mInfoSpec) != 0) return -1;
-  long long before = SizeOf(info);
-  if (before < 0) return -1;
+  // Opened (made if missing) first and asked for its size after: a file that
+  // cannot be asked is never taken for a missing one and written anew.
   MFileUniv file;
   if (file.FOpen(info, file_append_text) != 0) return -1;
-  bool ok = file.FPutts(spec.GetFilePath() + MString(u"\n"_u16)) >= 0;
+  _stati64 status;
+  if (file.FStat(&status) != 0) {
+    file.FClose();
+    return -1;
+  }
+  MString line = spec.GetFilePath() + MString(u"\n"_u16);
+  if (status.st_size == 0) line = MString(kInfoHeader) + MString(u"\n"_u16) + line;
+  bool ok = file.FPutts(line) >= 0;
   if (file.FClose() == 0 && ok) return 0;
   // A line that did not get there whole is taken off again.
-  CutFile(info, before);
+  CutFile(info, status.st_size);
   return -1;
 }
 

@@ -33,6 +33,8 @@ struct PathKind {
   uint64_t node = 0;
 };
 int InspectPath(const unsigned short* path, PathKind* out);
+// True when `code` says that there is no such file or folder.
+bool IsNotFound(int code);
 
 // The entries of a folder in the system's order, "." and ".." passed over.
 class FolderEntries {
