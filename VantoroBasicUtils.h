@@ -45,6 +45,9 @@
 #include "files/MFileSpec.h"
 #include "files/MFileUniv.h"
 #include "files/MFiles.h"
+#include "files/MDirectory.h"
+#include "files/CFileQuery.h"
+#include "files/UFileUtils.h"
 #include "files/PathTails.h"
 
 #include "messaging/CBroadcastDispatcher.h"
