@@ -48,6 +48,7 @@
 #include "files/MDirectory.h"
 #include "files/CFileQuery.h"
 #include "files/UFileUtils.h"
+#include "files/CScriptFile.h"
 #include "files/PathTails.h"
 
 #include "messaging/CBroadcastDispatcher.h"
