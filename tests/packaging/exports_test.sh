@@ -29,6 +29,9 @@ for name in 'Handle::Resize' 'StPointerBlock::StPointerBlock' 'UMemUtils::memcpy
             'MFileSpecWin::CreateUniqueFileSpec' 'MFileSpecWin::IsDriveReadOnly' 'MFile::FileExist' 'vtable for MFile' \
             'MFileUniv::FReadOverlapped' 'MFileUniv::FWaitOverlappedCompletion' 'MFileUniv::ConcatFile' \
             'MFileUniv::FNativeGetts' 'ConcatCompletionRoutine' 'AsyncReadBuffer::ReadBuffer' 'MEvent::Wait' \
+            'MFiles::FWrite' 'MFiles::DoSwitchToInfoFile' 'MFiles::IsBrevanderMFiles' 'MFiles::FReadOverlapped' \
+            'MDirectory::GetDiskFreeSpaceW' 'DeleteDirectory' 'UFileUtils::DeleteDir' 'CFileQuery::CFileQuery' \
+            'CScriptFile::GetListMember' 'CScriptFile::GetToken' \
             'GetLastError' 'vbu::ShowMessageBox' 'CThreadStatus::AdvancePosition' 'CThreadStatus::sThreadStatus'; do
   if ! grep -qF -- "$name" <<<"$symbols"; then
     echo "not exported: $name"; fail=1
