@@ -84,9 +84,15 @@ long MDirectory::GetDiskFreeSpaceW() {
   for (;;) {
     uint64_t bytes = 0;
     if (vp::GetFreeBytesAvailable(folder, &bytes)) return static_cast<long>(bytes / 1024);
+    // Not there (yet): the folder above it, up to the root or the current folder.
     MString above = DeleteTailDirectorySeparator(folder);
-    DeleteOneFolder(above);
-    if (above.GetLength() == 0 || above == folder) return -1;
+    if (!vbu::wtext::Find(above, kPathSeparator)) {
+      above = MString(u"."_u16);
+    } else {
+      DeleteOneFolder(above);
+      if (above.GetLength() == 0) above = MString(u"/"_u16);
+    }
+    if (above == folder) return -1;
     folder = above;
   }
 }

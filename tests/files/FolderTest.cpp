@@ -83,6 +83,8 @@ TEST(Folders, FreeSpaceIsTheVolumesInKiB) {
   EXPECT_NEAR(folder.GetDiskFreeSpaceW(), expected, 64 * 1024) << "other engineers write to this disk too";
   MDirectory missing(dir.Path("not/yet/made"));
   EXPECT_NEAR(missing.GetDiskFreeSpaceW(), expected, 64 * 1024) << "the volume it would be on";
+  MDirectory relative(u"no-such-folder/below"_u16);
+  EXPECT_GE(relative.GetDiskFreeSpaceW(), 0) << "the current folder's volume";
   EXPECT_TRUE(MDirectory::CheckDirectory(dir.Path("")));
 }
 
