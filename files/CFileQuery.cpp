@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/WideText.h"
+#include "platform/internal/WideText.h"
 #include "platform/internal/Directory.h"
 #include "text/MStringList.h"
 #include "text/PathText.h"

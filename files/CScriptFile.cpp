@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "messaging/CMessageAction.h"
-#include "platform/File.h"
-#include "platform/WideText.h"
+#include "platform/internal/FileSystem.h"
+#include "platform/internal/WideText.h"
 #include "text/MStringList.h"
 
 using namespace vbu::literals;

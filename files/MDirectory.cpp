@@ -10,9 +10,9 @@
 #include "files/PathTails.h"
 #include "files/UFileUtils.h"
 #include "messaging/CMessageAction.h"
-#include "platform/FileSystem.h"
+#include "platform/internal/FileSystem.h"
 #include "platform/MessageBox.h"
-#include "platform/WideText.h"
+#include "platform/internal/WideText.h"
 #include "platform/internal/Directory.h"
 #include "text/PathText.h"
 
@@ -83,7 +83,7 @@ long MDirectory::GetDiskFreeSpaceW() {
   MString folder = mPath.GetLength() != 0 ? mPath : MString(u"."_u16);
   for (;;) {
     uint64_t bytes = 0;
-    if (vp::GetFreeBytesAvailable(folder, &bytes)) return static_cast<long>(bytes / 1024);
+    if (vp::GetFreeBytesAvailable(folder, &bytes) == 0) return static_cast<long>(bytes / 1024);
     // Not there (yet): the folder above it, up to the root or the current folder.
     MString above = DeleteTailDirectorySeparator(folder);
     if (!vbu::wtext::Find(above, kPathSeparator)) {
@@ -115,7 +115,7 @@ int DeleteDirectory(const unsigned short* path) {
     if (isFolder) {
       int result = DeleteDirectory(entry + MString(u"/"_u16));
       if (result != 0) return result;
-    } else if (!vp::DeleteFile(entry)) {
+    } else if (vp::RemoveFile(entry) != 0) {
       MString text;
       text.Format(u"%s could not be deleted"_u16, static_cast<const unsigned short*>(entry));
       CMessageAction::Error(nullptr, text);
@@ -141,7 +141,7 @@ bool UFileUtils::DeleteAllFilesUnderDir(unsigned short* path) {
   for (unsigned long i = 1; i <= files.GetCount(); ++i) {
     MString* file = nullptr;
     files.FetchItemAt(static_cast<long>(i), &file);
-    if (vp::DeleteFile(*file)) continue;
+    if (vp::RemoveFile(*file) == 0) continue;
     MString text;
     text.Format(u"Failed to delete file %s. The file might be used."_u16, static_cast<const unsigned short*>(*file));
     CMessageAction::Warning(nullptr, text);

@@ -7,8 +7,8 @@
 #include <memory>
 
 #include "files/PathTails.h"
-#include "platform/FileSystem.h"
-#include "platform/WideText.h"
+#include "platform/internal/FileSystem.h"
+#include "platform/internal/WideText.h"
 #include "platform/internal/Directory.h"
 #include "text/MStringList.h"
 #include "text/PathText.h"
@@ -172,11 +172,11 @@ int MFiles::FOpen(file_open_t mode) {
   mInfoSpec = MFileSpecWin();
   MFileUniv reader;
   _stati64 status;
-  bool missing = vp::StatPath(spec.GetFilePath(), &status) != 0;
+  uint32_t missing = vp::StatPath(spec.GetFilePath(), &status);
   // Only a name that is not there is a new plain file: a file that cannot be
   // asked might be an info file.
-  if (missing && !vp::IsNotFound(static_cast<int>(GetLastError()))) return -1;
-  if (missing) {
+  if (missing != 0 && !vp::IsNotFound(missing)) return -1;
+  if (missing != 0) {
     append(spec.GetFilePath());
   } else {
     if (reader.FOpen(spec, file_read_text) != 0) return -1;
@@ -435,24 +435,24 @@ int MFiles::DoSwitchToInfoFile() {
   for (int i = 1; i < GetCount(); ++i) lines.Add(SegmentAt(i)->GetFilePath());
   lines.Add(first);
   if (WriteInfoFile(pending, lines) != 0) {
-    vp::DeleteFile(pending);
+    vp::RemoveFile(pending);
     return -1;
   }
   // A second name for the data, then the info file takes the plain name in
   // one step: the data is reachable through the plain name at every moment.
-  vp::DeleteFile(first);
+  vp::RemoveFile(first);
   bool linked = vp::LinkPath(plain, first) == 0;
   if (!linked && vp::RenamePath(plain, first) != 0) {
-    vp::DeleteFile(pending);
+    vp::RemoveFile(pending);
     return -1;
   }
   if (vp::RenamePath(pending, plain) != 0) {
     if (linked) {
-      vp::DeleteFile(first);
+      vp::RemoveFile(first);
     } else {
       vp::RenamePath(first, plain);
     }
-    vp::DeleteFile(pending);
+    vp::RemoveFile(pending);
     return -1;
   }
   segment->SetFilePath(first);
@@ -467,7 +467,7 @@ int MFiles::AppendSegment(long long length) {
   if (MakeFile(name, length) != 0) return -1;
   MFileSpecWin spec(name);
   if (AddToInfoFile(spec) != 0) {
-    vp::DeleteFile(name);
+    vp::RemoveFile(name);
     return -1;
   }
   auto* item = new MFileSpecWin(spec);
@@ -534,7 +534,7 @@ int MFiles::ChangeAllFilesDirectory(const unsigned short* directory) {
   if (info.GetLength() == 0 || !directory || lines.GetSize() == 0) return -1;
   MString pending = PendingInfoName(info);
   if (WriteInfoFile(pending, lines) != 0 || vp::RenamePath(pending, info) != 0) {
-    vp::DeleteFile(pending);
+    vp::RemoveFile(pending);
     return -1;
   }
   return 0;

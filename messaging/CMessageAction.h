@@ -10,9 +10,9 @@
 
 #include <atomic>
 
-#include "../platform/Export.h"
-#include "../platform/Sync.h"
-#include "LBroadcaster.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/platform/Sync.h>
+#include <VantoroBasicUtils/messaging/LBroadcaster.h>
 
 // The param of every user message. It lives for the broadcast; the text is not copied.
 struct InteractionRecord {

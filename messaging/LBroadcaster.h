@@ -7,8 +7,8 @@
 //   source.BroadcastMessage(7130, &record);   // sink.ListenToMessage(7130, &record)
 #pragma once
 
-#include "../containers/Handle.h"
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/containers/Handle.h>
+#include <VantoroBasicUtils/platform/Export.h>
 
 class LList;
 class LListener;

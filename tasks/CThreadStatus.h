@@ -8,9 +8,9 @@
 //   CThreadStatus::AdvancePosition(3);                                // the listener adds 3
 #pragma once
 
-#include "../messaging/LBroadcaster.h"
-#include "../platform/Export.h"
-#include "../text/MString.h"
+#include <VantoroBasicUtils/messaging/LBroadcaster.h>
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/text/MString.h>
 
 // The message of every report; its param is a ThreadStatusRecord*.
 constexpr long kMsgThreadStatus = 29990;

@@ -7,7 +7,7 @@
 //   when.GetMinute();  // 30
 #pragma once
 
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 class VBU_API CDateTime {
  public:

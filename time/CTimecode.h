@@ -10,8 +10,8 @@
 
 #include <cstdint>
 
-#include "../messaging/LNotifier.h"
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/messaging/LNotifier.h>
+#include <VantoroBasicUtils/platform/Export.h>
 
 class MString;
 

@@ -14,7 +14,7 @@
 #include <cerrno>
 
 #include "platform/FaultInjection.h"
-#include "platform/SysCalls.h"
+#include "platform/internal/SysCalls.h"
 
 class StFailNthFileCall : public StSysCallTable {
  public:

@@ -20,6 +20,9 @@ struct dirent;
 
 namespace vbu::platform {
 
+// What the mmap entry gives on failure (the system's MAP_FAILED).
+inline void* const kMapFailed = reinterpret_cast<void*>(-1);
+
 struct SysCalls {
   void* (*calloc)(std::size_t count, std::size_t size);
   void (*free)(void* block);
@@ -54,14 +57,13 @@ struct SysCalls {
   int (*link)(const char* existing, const char* name);
   int (*lstat)(const char* path, struct ::stat* info);
   int (*chdir)(const char* path);
-  char* (*getcwd)(char* buffer, std::size_t size);
   int (*rmdir)(const char* path);
   void* (*opendir)(const char* path);
   struct ::dirent* (*readdir)(void* folder);
   int (*closedir)(void* folder);
 
   // Page-aligned blocks of zeroed memory.
-  void* (*mmap)(std::size_t size);  // MAP_FAILED ((void*)-1) on failure
+  void* (*mmap)(std::size_t size);  // kMapFailed on failure
   int (*munmap)(void* block, std::size_t size);
 
   // The io_uring ring of asynchronous transfers (liburing's queue init);
