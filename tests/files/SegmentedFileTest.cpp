@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <random>
 
 #include "support/LogicalFile.h"
@@ -479,4 +480,25 @@ TEST(SegmentedFile, RandomRunMatchesAModel) {
     EXPECT_GT(ListedSegments(name).size(), 10u);
     EXPECT_EQ(ReadLogical(name), model);
   }
+}
+
+TEST(SegmentedFile, TheJoinEngineRunsOnTheOpenSegment) {
+  TempFolder dir;
+  std::string first = Pattern(5000, 1), second = Pattern(3000, 2);
+  WriteAll(dir.Bytes("first"), first);
+  WriteAll(dir.Bytes("second"), second);
+  MFiles disc;
+  ASSERT_EQ(disc.FOpen(dir.Path("disc.iso"), MFile::file_overlapped_create), 0);
+  ASSERT_EQ(disc.ConcatInitialize(2048, 0), 0);
+  bool cancelled = false;
+  MString one = dir.Path("first"), two = dir.Path("second");
+  EXPECT_EQ(disc.ConcatFile(one, 0, cancelled), 0);
+  EXPECT_EQ(disc.ConcatFile(two, 0, cancelled), 0);
+  std::string sector(2048, '\0');
+  std::memcpy(sector.data(), "tail", 4);
+  EXPECT_EQ(disc.ConcatBufferSynchronously(sector.data(), 2048), 0);
+  disc.FClose();
+  // Each source padded with zeros to whole sectors.
+  EXPECT_EQ(ReadAll(dir.Bytes("disc.iso")),
+            first + std::string(6144 - 5000, '\0') + second + std::string(4096 - 3000, '\0') + sector);
 }
