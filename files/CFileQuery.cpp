@@ -21,7 +21,7 @@ using Walked = std::set<std::pair<uint64_t, uint64_t>>;
 
 }  // namespace
 
-CFileQuery::CFileQuery(MStringList* dropped) : mWalked(nullptr) {
+CFileQuery::CFileQuery(MStringList* dropped) : mWalked(nullptr), mFollowLinks(true) {
   Walked walked;
   mWalked = &walked;
   if (dropped) {
@@ -34,7 +34,9 @@ CFileQuery::CFileQuery(MStringList* dropped) : mWalked(nullptr) {
   mWalked = nullptr;
 }
 
-CFileQuery::CFileQuery(unsigned short* path) : mWalked(nullptr) {
+CFileQuery::CFileQuery(unsigned short* path) : CFileQuery(path, true) {}
+
+CFileQuery::CFileQuery(unsigned short* path, bool followLinks) : mWalked(nullptr), mFollowLinks(followLinks) {
   Walked walked;
   mWalked = &walked;
   if (path && path[0]) ProcessFileName(path);
@@ -61,7 +63,8 @@ void CFileQuery::ProcessFileName(unsigned short* path) {
 
 bool CFileQuery::IsDir(unsigned short* path) {
   vp::PathKind kind;
-  return vp::InspectPath(path, &kind) != 0 || kind.folder;
+  if (vp::InspectPath(path, &kind) != 0) return true;
+  return kind.folder && (mFollowLinks || !kind.link);
 }
 
 void CFileQuery::ProcessDirectory(unsigned short* path) {

@@ -41,5 +41,11 @@ class VBU_API CFileQuery : public LList {
   void ProcessFile(unsigned short* path);
 
  private:
-  void* mWalked;  // the folders walked so far, while the constructor runs
+  friend class UFileUtils;
+  // The files under `path`, a link to a folder listed as the link itself:
+  // what may be removed without reaching outside the tree.
+  CFileQuery(unsigned short* path, bool followLinks);
+
+  void* mWalked;      // the folders walked so far, while the constructor runs
+  bool mFollowLinks;  // links to folders are walked
 };

@@ -136,7 +136,8 @@ int DeleteDirectory(const unsigned short* path) {
 }
 
 bool UFileUtils::DeleteAllFilesUnderDir(unsigned short* path) {
-  CFileQuery files(path);
+  // A link to a folder goes as the link: nothing outside the tree is removed.
+  CFileQuery files(path, false);
   bool all = true;
   for (unsigned long i = 1; i <= files.GetCount(); ++i) {
     MString* file = nullptr;

@@ -108,6 +108,9 @@ TEST(Folders, DeleteDirectoryRemovesTheTreeButNotWhatLinksPointAt) {
 TEST(Folders, DeleteDirKeepsSubfolders) {
   TempFolder dir;
   MakeTree(dir);
+  std::filesystem::create_directories(dir.Bytes("outside"));
+  WriteAll(dir.Bytes("outside/keep"), "keep");
+  std::filesystem::create_directory_symlink(dir.Bytes("outside"), dir.Bytes("s/link"));
   std::filesystem::create_directories(dir.Bytes("s/empty"));
   Hearing hearing;
   EXPECT_FALSE(UFileUtils::DeleteDir(dir.Path("s")));
@@ -118,6 +121,7 @@ TEST(Folders, DeleteDirKeepsSubfolders) {
   std::filesystem::remove_all(dir.Bytes("s/empty"));
   EXPECT_TRUE(UFileUtils::DeleteDir(dir.Path("s")));
   EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s")));
+  EXPECT_EQ(ReadAll(dir.Bytes("outside/keep")), "keep") << "the link went, not what it led to";
 }
 
 TEST(FileQuery, OnePathAFolderOrNothing) {
