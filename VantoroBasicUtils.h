@@ -5,6 +5,7 @@
 #pragma once
 
 #include "platform/Export.h"
+#include "platform/FileChooser.h"
 #include "platform/FileInfo.h"
 #include "platform/MessageBox.h"
 #include "platform/MessageQueue.h"
@@ -56,3 +57,10 @@
 #include "messaging/StGlobalLock.h"
 
 #include "tasks/CThreadStatus.h"
+
+#include "environment/CBrevanderDirectories.h"
+#include "environment/CBrevanderProfile.h"
+#include "environment/CPathFileDialog.h"
+#include "environment/CSharedLibrary.h"
+#include "environment/CVersionControl.h"
+#include "environment/MFileDialog.h"
