@@ -24,7 +24,7 @@ done < <(find "$inc" -name '*.h')
 [ $missing -eq 0 ]
 
 # Nothing of the platform layer's internals is installed.
-if find "$inc/platform" -name '*.h' ! -name Export.h ! -name Sync.h ! -name MessageQueue.h ! -name Overlapped.h ! -name FileInfo.h ! -name MessageBox.h | grep -q .; then
+if find "$inc/platform" -name '*.h' ! -name Export.h ! -name Sync.h ! -name MessageQueue.h ! -name Overlapped.h ! -name FileInfo.h ! -name MessageBox.h ! -name FileChooser.h | grep -q .; then
   echo "internal platform headers were installed"; exit 1
 fi
 
