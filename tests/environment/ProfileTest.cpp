@@ -7,11 +7,14 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <thread>
+#include <vector>
 #include <string>
 
 #include "support/TempFolder.h"
 
 using namespace vbu::literals;
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -403,4 +406,33 @@ TEST_F(Settings, TheUsersFoldersComeFromTheFile) {
   EXPECT_EQ(S(CBrevanderDirectories::GetScenarioDirectory()),
             S(CBrevanderDirectories::GetSystemDrive() + MString(u"/My Scenarios/"_u16)));
   EXPECT_EQ(S(CBrevanderDirectories::GetScriptDirectory()), u"");
+}
+
+TEST_F(Settings, ALinkedFileIsWrittenWhereTheLinkPoints) {
+  fs::create_directories(dir.Bytes("dotfiles"));
+  WriteAll(dir.Bytes("dotfiles/real.ini"), "[A]\nx=1\n");
+  fs::create_symlink("dotfiles/real.ini", ini);
+  CBrevanderProfile::WriteProfileInt(u"A"_u16, u"x"_u16, 2);
+  EXPECT_TRUE(fs::is_symlink(ini));
+  EXPECT_EQ(ReadAll(dir.Bytes("dotfiles/real.ini")), "[A]\nx=2\r\n");
+}
+
+TEST_F(Settings, WritesFromSeveralThreadsAreNotLost) {
+  constexpr int kThreads = 4, kKeys = 25;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([t] {
+      for (int k = 0; k < kKeys; ++k) {
+        MString key;
+        key.Format(u"key %d"_u16, t * kKeys + k);
+        CBrevanderProfile::WriteProfileInt(u"Threads"_u16, key, k);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (int i = 0; i < kThreads * kKeys; ++i) {
+    MString key;
+    key.Format(u"key %d"_u16, i);
+    EXPECT_EQ(CBrevanderProfile::GetProfileIntW(u"Threads"_u16, key, -1), i % kKeys) << i;
+  }
 }
