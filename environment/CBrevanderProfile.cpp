@@ -12,7 +12,6 @@ namespace vp = vbu::platform;
 namespace {
 
 const char16_t* C16(const unsigned short* text) { return reinterpret_cast<const char16_t*>(text); }
-const unsigned short* Units(const char16_t* text) { return reinterpret_cast<const unsigned short*>(text); }
 
 enum class Form { kInt, kTriple, kQuad, kText };
 
@@ -120,7 +119,7 @@ void ReadNumbers(brevander_profile_t id, Form form, const int* defaults, int** o
   if (Find(id, form, &section, &key) && vp::ReadSetting(File().c_str(), section, key.c_str(), &text) &&
       text != u"default") {
     unsigned short* position = nullptr;
-    MString copy(Units(text.c_str()));
+    MString copy(vbu::ToUnits(text.c_str()));
     unsigned short* token = vbu::wtext::Tokenize(copy, u" ,"_u16, &position);
     for (int i = 0; i < count && token; ++i) {
       values[i] = vbu::wtext::ToInt(token);
@@ -187,7 +186,7 @@ MString CBrevanderProfile::GetProfileStringW(brevander_profile_t id, unsigned sh
   const char16_t* section;
   std::u16string key;
   if (!Find(id, Form::kText, &section, &key)) return MString();
-  return GetProfileStringW(Units(section), Units(key.c_str()), defaultValue);
+  return GetProfileStringW(vbu::ToUnits(section), vbu::ToUnits(key.c_str()), defaultValue);
 }
 
 void CBrevanderProfile::WriteProfileStringW(brevander_profile_t id, const unsigned short* value) {
@@ -211,7 +210,7 @@ void CBrevanderProfile::WriteProfileInt(const unsigned short* section, const uns
 MString CBrevanderProfile::GetProfileStringW(const unsigned short* section, const unsigned short* key,
                                              unsigned short* defaultValue) {
   std::u16string value;
-  if (vp::ReadSetting(File().c_str(), C16(section), C16(key), &value)) return MString(Units(value.c_str()));
+  if (vp::ReadSetting(File().c_str(), C16(section), C16(key), &value)) return MString(vbu::ToUnits(value.c_str()));
   return defaultValue ? MString(defaultValue) : MString();
 }
 
@@ -295,7 +294,7 @@ void CBrevanderProfile::InitializeProfileValue() {
   for (const Text& setting : kTexts) {
     for (int id = setting.first; id <= setting.last; ++id) {
       auto number = static_cast<brevander_profile_t>(id);
-      MString value = GetProfileStringW(number, const_cast<unsigned short*>(Units(setting.value)));
+      MString value = GetProfileStringW(number, const_cast<unsigned short*>(vbu::ToUnits(setting.value)));
       WriteProfileStringW(number, value);
     }
   }

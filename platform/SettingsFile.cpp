@@ -4,10 +4,10 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/CodePage.h"
 #include "platform/PathBytes.h"
 #include "platform/SysCalls.h"
 #include "platform/WideText.h"
+#include "platform/internal/SystemText.h"
 
 // Whole-file reads (ReadFileBytes) and the replacing write (ReplaceFileBytes).
 #if defined(__linux__)
@@ -18,25 +18,6 @@
 
 namespace vbu::platform {
 namespace {
-
-const unsigned short* Units(const char16_t* text) { return reinterpret_cast<const unsigned short*>(text); }
-
-std::u16string ToText(const char* bytes, std::size_t count) {
-  std::u16string units(count, u'\0');
-  long n = count ? BytesToUnits(bytes, count, reinterpret_cast<unsigned short*>(units.data()), count,
-                                CodePage::kSystem)
-                 : 0;
-  units.resize(n > 0 ? static_cast<std::size_t>(n) : 0);
-  return units;
-}
-
-std::string ToBytes(const char16_t* text) {
-  std::size_t count = wtext::Length(Units(text));
-  std::string bytes(count * 3, '\0');  // three bytes at most for each unit
-  long n = count ? UnitsToBytes(Units(text), count, bytes.data(), bytes.size(), CodePage::kSystem) : 0;
-  bytes.resize(n > 0 ? static_cast<std::size_t>(n) : 0);
-  return bytes;
-}
 
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
@@ -130,12 +111,12 @@ std::u16string Trimmed(const char16_t* name) {
 }
 
 bool NameIs(const std::string& text, const Line& line, const std::u16string& name) {
-  std::u16string own = ToText(text.data() + line.nameBegin, line.nameEnd - line.nameBegin);
-  return wtext::CompareNoCase(Units(own.c_str()), Units(name.c_str())) == 0;
+  std::u16string own = FromSystemBytes(text.data() + line.nameBegin, line.nameEnd - line.nameBegin);
+  return wtext::CompareNoCase(AsUnits(own.c_str()), AsUnits(name.c_str())) == 0;
 }
 
 std::u16string ValueOf(const std::string& text, const Line& line) {
-  return ToText(text.data() + line.valueBegin, line.valueEnd - line.valueBegin);
+  return FromSystemBytes(text.data() + line.valueBegin, line.valueEnd - line.valueBegin);
 }
 
 // The lines of the first section named `section`: [*first, *last) with the
@@ -232,7 +213,7 @@ bool ApplySetting(std::string* text, const char16_t* section, const char16_t* ke
     if (!value) return false;
     // A new section goes at the end, right after the last line.
     if (!lines.empty()) EndLine(text, lines.back());
-    text->append("[" + ToBytes(section) + "]\r\n" + ToBytes(key) + "=" + ToBytes(value) + "\r\n");
+    text->append("[" + ToSystemBytes(section) + "]\r\n" + ToSystemBytes(key) + "=" + ToSystemBytes(value) + "\r\n");
     return true;
   }
   std::size_t at = FindKey(*text, lines, first + 1, last, Trimmed(key));
@@ -244,7 +225,7 @@ bool ApplySetting(std::string* text, const char16_t* section, const char16_t* ke
     }
     if (ValueOf(*text, line) == value) return false;
     // The line keeps its spelling of the name, up to where its value starts.
-    text->replace(line.valueStart, line.end - line.valueStart, ToBytes(value) + "\r\n");
+    text->replace(line.valueStart, line.end - line.valueStart, ToSystemBytes(value) + "\r\n");
     return true;
   }
   if (!value) return false;
@@ -254,7 +235,7 @@ bool ApplySetting(std::string* text, const char16_t* section, const char16_t* ke
   for (std::size_t i = first + 1; i < last; ++i) {
     if (lines[i].kind == Line::kKey || lines[i].kind == Line::kOther) after = i;
   }
-  text->insert(EndLine(text, lines[after]), ToBytes(key) + "=" + ToBytes(value) + "\r\n");
+  text->insert(EndLine(text, lines[after]), ToSystemBytes(key) + "=" + ToSystemBytes(value) + "\r\n");
   return true;
 }
 
@@ -270,7 +251,7 @@ int ReadSettingInt(const char16_t* path, const char16_t* section, const char16_t
   if (!ReadSetting(path, section, key, &value) || value.empty()) return defaultValue;
   // The value is trimmed already: a sign and digits, or no number at all.
   if (value[0] != u'+' && value[0] != u'-' && (value[0] < u'0' || value[0] > u'9')) return 0;
-  return wtext::ToInt(Units(value.c_str()));
+  return wtext::ToInt(AsUnits(value.c_str()));
 }
 
 int WriteSetting(const char16_t* path, const char16_t* section, const char16_t* key, const char16_t* value) {
