@@ -4,63 +4,64 @@
 //   LList list;  LListIterator it(list);
 #pragma once
 
-#include "platform/Export.h"
-#include "platform/FileChooser.h"
-#include "platform/FileInfo.h"
-#include "platform/MessageBox.h"
-#include "platform/MessageQueue.h"
-#include "platform/Overlapped.h"
-#include "platform/Sync.h"
+#include <VantoroBasicUtils/platform/Event.h>
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/platform/FileChooser.h>
+#include <VantoroBasicUtils/platform/FileInfo.h>
+#include <VantoroBasicUtils/platform/MessageBox.h>
+#include <VantoroBasicUtils/platform/MessageQueue.h>
+#include <VantoroBasicUtils/platform/Overlapped.h>
+#include <VantoroBasicUtils/platform/Sync.h>
 
-#include "text/CStringExtract.h"
-#include "text/MString.h"
-#include "text/MStringArray.h"
-#include "text/MStringList.h"
-#include "text/PathText.h"
-#include "text/TextLiteral.h"
-#include "text/UStringResources.h"
-#include "text/UStringUtils.h"
+#include <VantoroBasicUtils/text/CStringExtract.h>
+#include <VantoroBasicUtils/text/MString.h>
+#include <VantoroBasicUtils/text/MStringArray.h>
+#include <VantoroBasicUtils/text/MStringList.h>
+#include <VantoroBasicUtils/text/PathText.h>
+#include <VantoroBasicUtils/text/TextLiteral.h>
+#include <VantoroBasicUtils/text/UStringResources.h>
+#include <VantoroBasicUtils/text/UStringUtils.h>
 
-#include "time/CDateTime.h"
-#include "time/CDuration.h"
-#include "time/CTimecode.h"
-#include "time/CTimecodeList.h"
-#include "time/CTimecodeParser.h"
+#include <VantoroBasicUtils/time/CDateTime.h>
+#include <VantoroBasicUtils/time/CDuration.h>
+#include <VantoroBasicUtils/time/CTimecode.h>
+#include <VantoroBasicUtils/time/CTimecodeList.h>
+#include <VantoroBasicUtils/time/CTimecodeParser.h>
 
-#include "bytes/ByteOrder.h"
-#include "bytes/CAppBits.h"
-#include "bytes/UByteSwapper.h"
+#include <VantoroBasicUtils/bytes/ByteOrder.h>
+#include <VantoroBasicUtils/bytes/CAppBits.h>
+#include <VantoroBasicUtils/bytes/UByteSwapper.h>
 
-#include "containers/CVoidList.h"
-#include "containers/Handle.h"
-#include "containers/LArray.h"
-#include "containers/LArrayIterator.h"
-#include "containers/LComparator.h"
-#include "containers/MRect.h"
-#include "containers/StMemoryState.h"
-#include "containers/UMemUtils.h"
+#include <VantoroBasicUtils/containers/CVoidList.h>
+#include <VantoroBasicUtils/containers/Handle.h>
+#include <VantoroBasicUtils/containers/LArray.h>
+#include <VantoroBasicUtils/containers/LArrayIterator.h>
+#include <VantoroBasicUtils/containers/LComparator.h>
+#include <VantoroBasicUtils/containers/MRect.h>
+#include <VantoroBasicUtils/containers/StMemoryState.h>
+#include <VantoroBasicUtils/containers/UMemUtils.h>
 
-#include "files/AsyncReadBuffer.h"
-#include "files/ConcatInfo.h"
-#include "files/MFile.h"
-#include "files/MFileSpec.h"
-#include "files/MFileUniv.h"
-#include "files/PathTails.h"
+#include <VantoroBasicUtils/files/AsyncReadBuffer.h>
+#include <VantoroBasicUtils/files/ConcatInfo.h>
+#include <VantoroBasicUtils/files/MFile.h>
+#include <VantoroBasicUtils/files/MFileSpec.h>
+#include <VantoroBasicUtils/files/MFileUniv.h>
+#include <VantoroBasicUtils/files/PathTails.h>
 
-#include "messaging/CBroadcastDispatcher.h"
-#include "messaging/CMessageAction.h"
-#include "messaging/CMessageConsole.h"
-#include "messaging/LBroadcaster.h"
-#include "messaging/LListener.h"
-#include "messaging/LNotifier.h"
-#include "messaging/LResponder.h"
-#include "messaging/StGlobalLock.h"
+#include <VantoroBasicUtils/messaging/CBroadcastDispatcher.h>
+#include <VantoroBasicUtils/messaging/CMessageAction.h>
+#include <VantoroBasicUtils/messaging/CMessageConsole.h>
+#include <VantoroBasicUtils/messaging/LBroadcaster.h>
+#include <VantoroBasicUtils/messaging/LListener.h>
+#include <VantoroBasicUtils/messaging/LNotifier.h>
+#include <VantoroBasicUtils/messaging/LResponder.h>
+#include <VantoroBasicUtils/messaging/StGlobalLock.h>
 
-#include "tasks/CThreadStatus.h"
+#include <VantoroBasicUtils/tasks/CThreadStatus.h>
 
-#include "environment/CBrevanderDirectories.h"
-#include "environment/CBrevanderProfile.h"
-#include "environment/CPathFileDialog.h"
-#include "environment/CSharedLibrary.h"
-#include "environment/CVersionControl.h"
-#include "environment/MFileDialog.h"
+#include <VantoroBasicUtils/environment/CBrevanderDirectories.h>
+#include <VantoroBasicUtils/environment/CBrevanderProfile.h>
+#include <VantoroBasicUtils/environment/CPathFileDialog.h>
+#include <VantoroBasicUtils/environment/CSharedLibrary.h>
+#include <VantoroBasicUtils/environment/CVersionControl.h>
+#include <VantoroBasicUtils/environment/MFileDialog.h>

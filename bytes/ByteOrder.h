@@ -8,7 +8,7 @@
 //   short delta = GetShort(sample);          // signed: 0xFF 0xFE -> -2
 #pragma once
 
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 // Four bytes, big-endian, signed 32-bit. No null test.
 VBU_API long GetLong(char* p);

@@ -8,7 +8,7 @@
 //   bits.FlushBits(2);  int scr = bits.GetBits(3, cbits_get);
 #pragma once
 
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 // Whether a read moves the cursor.
 enum cbits_get_t { cbits_show = 0, cbits_get = 1 };

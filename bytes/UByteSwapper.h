@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 class VBU_API UByteSwapper {
  public:

@@ -7,7 +7,7 @@
 //   list.DeleteList(a);             // the list never frees its elements
 #pragma once
 
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 // A node of CVoidList. Destroying a node links its neighbours to each other.
 class VBU_API ListNode {

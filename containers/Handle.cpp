@@ -3,7 +3,7 @@
 #include <cstring>
 #include <new>
 
-#include "platform/Platform.h"
+#include "platform/internal/Memory.h"
 
 Handle::Handle() : mSize(0), mAllocSize(0), mPtr(nullptr) {}
 

@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 // A growable block of raw bytes. The block is always the next multiple of 256
 // strictly above the logical size; its bytes are never cleared. Its address may

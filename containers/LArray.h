@@ -10,9 +10,9 @@
 #include <cstdint>
 #include <cstring>
 
-#include "../platform/Export.h"
-#include "Handle.h"
-#include "LComparator.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/containers/Handle.h>
+#include <VantoroBasicUtils/containers/LComparator.h>
 
 class LArrayIterator;
 

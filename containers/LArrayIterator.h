@@ -8,8 +8,8 @@
 
 #include <cstdint>
 
-#include "../platform/Export.h"
-#include "LArray.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/containers/LArray.h>
 
 // Positions and states of an iterator; valid item indices start at 1.
 constexpr long kIterBeforeFirst = 0;   // before the first item

@@ -9,8 +9,8 @@
 #include <cstdint>
 #include <cstring>
 
-#include "../platform/Export.h"
-#include "UMemUtils.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/containers/UMemUtils.h>
 
 // Compares items as raw bytes (unsigned, then by size). Subclasses override
 // Compare for another order, and CompareToKey to support search by key.

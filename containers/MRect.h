@@ -6,8 +6,8 @@
 //   list.Scale(0.5, 0.5);  MRect* first = list.GetAt(0);
 #pragma once
 
-#include "../platform/Export.h"
-#include "LArray.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/containers/LArray.h>
 
 class VBU_API MRect {
  public:

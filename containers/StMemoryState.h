@@ -7,8 +7,8 @@
 
 #include <cstdint>
 
-#include "../platform/Export.h"
-#include "../text/MString.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/text/MString.h>
 
 class VBU_API StMemoryState {
  public:

@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 // Static block routines. Sizes are in bytes; words are 4 bytes wide.
 // Only the low 31 bits of a size count: a size of 2^31 or more honours only

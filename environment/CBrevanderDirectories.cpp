@@ -4,7 +4,7 @@
 #include "environment/CVersionControl.h"
 #include "files/MFileSpec.h"
 #include "files/PathTails.h"
-#include "platform/WideText.h"
+#include "platform/internal/WideText.h"
 #include "platform/internal/Environment.h"
 #include "text/PathText.h"
 

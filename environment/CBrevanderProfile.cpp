@@ -3,7 +3,7 @@
 #include <string>
 
 #include "environment/CBrevanderDirectories.h"
-#include "platform/WideText.h"
+#include "platform/internal/WideText.h"
 #include "platform/internal/SettingsFile.h"
 
 using namespace vbu::literals;

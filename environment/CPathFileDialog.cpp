@@ -2,7 +2,7 @@
 
 #include "files/PathTails.h"
 #include "platform/MessageBox.h"
-#include "platform/WideText.h"
+#include "platform/internal/WideText.h"
 #include "text/PathText.h"
 
 using namespace vbu::literals;

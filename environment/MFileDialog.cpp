@@ -1,7 +1,7 @@
 #include "environment/MFileDialog.h"
 
 #include "environment/CPathFileDialog.h"
-#include "platform/WideText.h"
+#include "platform/internal/WideText.h"
 #include "text/PathText.h"
 
 using namespace vbu::literals;

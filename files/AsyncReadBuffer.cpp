@@ -4,7 +4,8 @@
 
 #include "containers/UMemUtils.h"
 #include "files/MFileUniv.h"
-#include "platform/File.h"
+#include "platform/internal/File.h"
+#include "platform/internal/Memory.h"
 
 namespace vp = vbu::platform;
 
@@ -41,9 +42,18 @@ AsyncReadBuffer::AsyncReadBuffer()
       mOverlappedRecord{} {}
 
 AsyncReadBuffer::~AsyncReadBuffer() {
-  // The system must be done with a block before it goes.
-  if (mReadPending && mPendingBytes > 0) mEvent.Wait(kWaitForever);
+  FinishPendingRead();
   FreeBlocks();
+}
+
+void AsyncReadBuffer::FinishPendingRead() {
+  // A read that was started (mPendingBytes > 0) writes into its block until
+  // it ends: no block may be reused or freed before. Its event is then reset,
+  // so that the next wait waits for the next read, not for this one.
+  if (mReadPending && mPendingBytes > 0) mEvent.Wait(kWaitForever);
+  mEvent.Reset();
+  mReadPending = false;
+  mPendingBytes = 0;
 }
 
 void AsyncReadBuffer::FreeBlocks() {
@@ -73,8 +83,7 @@ int AsyncReadBuffer::InitReadBuffer(MFileUniv* file, long long offset, int block
       return kOutOfMemory;
     }
   }
-  mReadPending = false;
-  mPendingBytes = 0;
+  FinishPendingRead();  // a seek: the read ahead of the last start is of no use
   mFileSize = file->GetSize();
   mRemaining = mFileSize - offset;
   mCurrentBlock = mBlockA;
@@ -129,15 +138,17 @@ int AsyncReadBuffer::FillInReadBuffer(int& bytes) {
 int AsyncReadBuffer::ReadBuffer(long long offset, char* destination, int size) {
   if (offset >= mFileSize || size <= 0) return 0;
   if (!mCurrentBlock || !destination || offset < 0) return -1;
-  const int32_t before = static_cast<int32_t>(mBlockOffset - offset);
+  // 64 bits: a read more than 2 GiB in front of the block stays in front of it.
+  const long long before = mBlockOffset - offset;
   if (before > 0) {
     // The read starts in front of the current block.
     if (before > size) return DoReadPieceOutsideOfBuffer(offset, destination, size) == 0 ? size : -1;
-    if (DoReadPieceOutsideOfBuffer(offset, destination, before) != 0) return -1;
+    const int front = static_cast<int>(before);
+    if (DoReadPieceOutsideOfBuffer(offset, destination, front) != 0) return -1;
     // The rest comes from the block, never past its file bytes.
-    const int fromBlock = std::min(size - before, mValidBytes);
-    Copy(destination + before, DataOf(mCurrentBlock), fromBlock);
-    return before + fromBlock;
+    const int fromBlock = std::min(size - front, mValidBytes);
+    Copy(destination + front, DataOf(mCurrentBlock), fromBlock);
+    return front + fromBlock;
   }
   const long long into = offset - mBlockOffset;
   // The block's bytes from `offset` on; none when the read starts behind them.

@@ -10,8 +10,8 @@
 
 #include <cstdint>
 
-#include "../platform/Export.h"
-#include "../platform/Overlapped.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/platform/Overlapped.h>
 
 class MFileUniv;
 
@@ -24,7 +24,7 @@ class VBU_API AsyncReadBuffer {
 
   // No blocks yet; the event is ready.
   AsyncReadBuffer();
-  // Frees the blocks. A read must not be in flight: let it end, or close the file first.
+  // Waits for a read still in flight, then frees the blocks.
   virtual ~AsyncReadBuffer();
   AsyncReadBuffer(const AsyncReadBuffer&) = delete;
   AsyncReadBuffer& operator=(const AsyncReadBuffer&) = delete;
@@ -40,7 +40,8 @@ class VBU_API AsyncReadBuffer {
   // Starts on `file` (not owned) at `offset` with blocks of `blockSize`
   // bytes (whole sectors, for unbuffered reads): reads the first block and
   // starts the second. 0, kOutOfMemory, kReadFailed or kNothingToRead.
-  // `reserved` is not used. A later call reuses the blocks: no larger size.
+  // `reserved` is not used. A later call (a seek) first waits for the read
+  // still under way, then reuses the blocks: no larger size.
   virtual int InitReadBuffer(MFileUniv* file, long long offset, int blockSize, int reserved);
 
   // The file offset of the current block's first byte.
@@ -58,6 +59,8 @@ class VBU_API AsyncReadBuffer {
   int DoReadPieceOutsideOfBuffer(long long offset, char* destination, int size);
   // Frees both blocks.
   void FreeBlocks();
+  // Waits for the read under way, if any, and readies the event for the next.
+  void FinishPendingRead();
   // Starts the read of `count` bytes at `offset` into the block that is not current.
   uint32_t StartRead(long long offset, int count);
 

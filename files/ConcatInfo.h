@@ -9,7 +9,7 @@
 
 #include <cstdint>
 
-#include "../platform/Overlapped.h"
+#include <VantoroBasicUtils/platform/Overlapped.h>
 
 // The record of one transfer. The OVERLAPPED record comes first, so that the
 // completion routine can go from the pointer it is given to the whole record.

@@ -1,6 +1,6 @@
 #include "files/MFile.h"
 
-#include "platform/FileSystem.h"
+#include "platform/internal/FileSystem.h"
 
 namespace {
 

@@ -10,9 +10,9 @@
 
 #include <cstdint>
 
-#include "../platform/Export.h"
-#include "../platform/FileInfo.h"
-#include "MFileSpec.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/platform/FileInfo.h>
+#include <VantoroBasicUtils/files/MFileSpec.h>
 
 class VBU_API MFile {
  public:

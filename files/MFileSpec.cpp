@@ -2,8 +2,8 @@
 
 #include "files/PathTails.h"
 #include "messaging/CMessageAction.h"
-#include "platform/FileSystem.h"
-#include "platform/WideText.h"
+#include "platform/internal/FileSystem.h"
+#include "platform/internal/WideText.h"
 #include "text/PathText.h"
 
 using namespace vbu::literals;
@@ -35,7 +35,7 @@ void MFileSpecWin::GetFilePathName(unsigned short* dst) {
 
 bool MFileSpecWin::FileExist() { return vp::PathExists(mPath); }
 
-bool MFileSpecWin::Delete() { return vp::DeleteFile(mPath); }
+bool MFileSpecWin::Delete() { return vp::RemoveFile(mPath) == 0; }
 
 bool MFileSpecWin::IsNull() { return mPath.GetLength() == 0; }
 
@@ -65,7 +65,7 @@ bool MFileSpecWin::IsDriveReadOnly(const unsigned short* root, bool skipDriveTyp
   if (!skipDriveType && vp::GetDriveKind(query) != vp::DriveKind::kFixed) return true;
   uint64_t free = 0;
   // A volume that cannot be asked, or a full one, cannot be written.
-  return !vp::GetFreeBytesAvailable(query, &free) || free == 0;
+  return vp::GetFreeBytesAvailable(query, &free) != 0 || free == 0;
 }
 
 bool MFileSpecWin::IsFileOnReadOnlyDrive(const unsigned short* path) {

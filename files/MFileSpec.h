@@ -7,8 +7,8 @@
 //   if (MFileSpecWin::CreateUniqueFileSpec(spec, u".tmp"_u16, &temp)) ...   // title.tmp, title_1.tmp, ...
 #pragma once
 
-#include "../platform/Export.h"
-#include "../text/MString.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/text/MString.h>
 
 class VBU_API MFileSpec {
  public:

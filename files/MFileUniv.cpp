@@ -6,10 +6,11 @@
 #include <new>
 
 #include "messaging/CMessageAction.h"
-#include "platform/AsyncIO.h"
-#include "platform/Errors.h"
-#include "platform/File.h"
-#include "platform/FileSystem.h"
+#include "platform/internal/AsyncIO.h"
+#include "platform/internal/Errors.h"
+#include "platform/internal/File.h"
+#include "platform/internal/FileSystem.h"
+#include "platform/internal/LocalTime.h"
 #include "text/MString.h"
 
 using namespace vbu::literals;
@@ -115,18 +116,18 @@ int MFileUniv::FOpen(file_open_t mode) {
   if (mode >= file_overlapped_create) {
     const OverlappedMode& row = kOverlappedModes[mode - file_overlapped_create];
     mOverlapped = true;
-    mHandle = vp::OpenHandle(path, row.access, row.disposition, true);
+    uint32_t error = vp::OpenHandle(path, row.access, row.disposition, {.unbuffered = true}, &mHandle);
     // A failed open leaves the object closed, on neither route.
     if (mHandle == -1) mOverlapped = false;
-    return mHandle == -1 ? -1 : 0;
+    return vp::ReportError(error);
   }
   const StdioMode& row = kStdioModes[mode];
-  int fd = vp::OpenDescriptor(path, row.flags);
-  if (fd == -1) return -1;
-  void* stream = vp::OpenStream(fd, row.stream);
-  if (!stream) {
+  int fd = -1;
+  if (uint32_t error = vp::OpenDescriptor(path, row.flags, &fd)) return vp::ReportError(error);
+  void* stream = nullptr;
+  if (uint32_t error = vp::OpenStream(fd, row.stream, &stream)) {
     vp::CloseDescriptor(fd);
-    return -1;
+    return vp::ReportError(error);
   }
   vp::SeekDescriptor(fd, 0, row.atEnd ? file_seek_end : file_seek_begin);
   mStream = stream;
@@ -137,10 +138,12 @@ int MFileUniv::FOpen(file_open_t mode) {
 
 int MFileUniv::FClose() {
   if (mOverlapped) {
-    if (!vp::CancelHandleTransfers(mHandle)) return -1;
+    vp::CancelHandleTransfers(mHandle);
     // A handle that cannot write has nothing to flush.
-    if (vp::HandleIsWritable(mHandle) && !vp::FlushHandle(mHandle)) return -1;
-    if (!vp::CloseHandle(mHandle)) return -1;
+    if (vp::HandleIsWritable(mHandle)) {
+      if (uint32_t error = vp::FlushHandle(mHandle)) return vp::ReportError(error);
+    }
+    if (uint32_t error = vp::CloseHandle(mHandle)) return vp::ReportError(error);
     mHandle = -1;
     mOverlapped = false;
     ConcatCleanup(&mConcatInfo);
@@ -148,7 +151,7 @@ int MFileUniv::FClose() {
   }
   if (!mStream) return -1;
   // The stream is closed even without a name, so that nothing written is lost.
-  int result = vp::CloseStream(mStream);
+  int result = vp::ReportError(vp::CloseStream(mStream));
   mStream = nullptr;
   mDescriptor = -1;
   return GetFileSpec().IsNull() ? -1 : result;
@@ -156,53 +159,67 @@ int MFileUniv::FClose() {
 
 int MFileUniv::FDelete(const MString& path) {
   if (path.GetLength() == 0) return -1;
-  return vp::RemoveFile(path);
+  return vp::ReportError(vp::RemoveFile(path));
 }
 
 // ---- stdio route
 
 int MFileUniv::FRead(char* buffer, int count) {
   if (count < 0) return -1;
-  return vp::ReadDescriptor(mDescriptor, buffer, static_cast<unsigned>(count));
+  unsigned got = 0;
+  if (uint32_t error = vp::ReadDescriptor(mDescriptor, buffer, static_cast<unsigned>(count), &got)) {
+    return vp::ReportError(error);
+  }
+  return static_cast<int>(got);
 }
 
 int MFileUniv::FWrite(const char* buffer, int count) {
   if (count < 0) return -1;
-  return vp::WriteDescriptor(mDescriptor, buffer, static_cast<unsigned>(count));
+  if (uint32_t error = vp::WriteDescriptor(mDescriptor, buffer, static_cast<unsigned>(count))) {
+    return vp::ReportError(error);
+  }
+  return count;
 }
 
 long long MFileUniv::FSeek64(long long offset, file_seek_t origin) {
   if (origin != file_seek_begin && origin != file_seek_end) origin = file_seek_current;
-  return vp::SeekDescriptor(mDescriptor, offset, origin);
+  int64_t position = -1;
+  vp::ReportError(vp::SeekDescriptor(mDescriptor, offset, origin, &position));
+  return position;
 }
 
 long long MFileUniv::FTell64() {
   if (mOverlapped) return 0;
-  long long position = vp::SeekDescriptor(mDescriptor, 0, file_seek_current);
+  int64_t position = -1;
+  vp::ReportError(vp::SeekDescriptor(mDescriptor, 0, file_seek_current, &position));
   // Positions from 0x7FFFFFFF on are not reported, though they can be reached.
   return position < 0x7FFFFFFF ? position : -1;
 }
 
 int MFileUniv::FGets(char* buffer, int count) {
-  return vp::StreamGets(mStream, buffer, count) ? 0 : -1;
+  return vp::ReportError(vp::StreamGets(mStream, buffer, count));
 }
 
-int MFileUniv::FPuts(const char* text) { return vp::StreamPuts(mStream, text); }
+int MFileUniv::FPuts(const char* text) { return vp::ReportError(vp::StreamPuts(mStream, text)); }
 
 int MFileUniv::FReadVoid(void* buffer, int size, int count) {
   if (size <= 0 || count <= 0) return 0;
-  return static_cast<int>(vp::StreamRead(mStream, buffer, static_cast<std::size_t>(size), static_cast<std::size_t>(count)));
+  std::size_t items = 0;
+  vp::ReportError(vp::StreamRead(mStream, buffer, static_cast<std::size_t>(size), static_cast<std::size_t>(count), &items));
+  return static_cast<int>(items);
 }
 
 int MFileUniv::FWriteVoid(const void* buffer, int size, int count) {
   if (size <= 0 || count <= 0) return 0;
-  return static_cast<int>(vp::StreamWrite(mStream, buffer, static_cast<std::size_t>(size), static_cast<std::size_t>(count)));
+  std::size_t items = 0;
+  vp::ReportError(vp::StreamWrite(mStream, buffer, static_cast<std::size_t>(size), static_cast<std::size_t>(count), &items));
+  return static_cast<int>(items);
 }
 
 int MFileUniv::FGetts(unsigned short* buffer, int count) {
   if (!buffer || count <= 0 || count > 0x3FFFFFFF) return -1;
   std::unique_ptr<char[]> bytes(new (std::nothrow) char[static_cast<std::size_t>(count) * 2 + 1]);
-  if (!bytes || !vp::StreamGets(mStream, bytes.get(), count * 2)) return -1;
+  if (!bytes || vp::ReportError(vp::StreamGets(mStream, bytes.get(), count * 2)) != 0) return -1;
   MString line;
   line.ImportASCII(bytes.get(), -1);
   // At most one unit for each byte read: the line fits the 2 * count units.
@@ -221,20 +238,20 @@ int MFileUniv::FPutts(const unsigned short* text) {
   if (!bytes) return -1;
   bytes[0] = 0;
   line.ExportASCII(bytes.get(), room, kCharacterSetWindows);
-  return vp::StreamPuts(mStream, bytes.get());
+  return vp::ReportError(vp::StreamPuts(mStream, bytes.get()));
 }
 
 int MFileUniv::FNativeGetts(unsigned short* buffer, int count) {
   if (count <= 0 || count > 0x3FFFFFFF) return -1;
-  return vp::StreamGetUnits(mStream, buffer, count * 2) ? 0 : -1;
+  return vp::ReportError(vp::StreamGetUnits(mStream, buffer, count * 2));
 }
 
-int MFileUniv::FNativePutts(const unsigned short* text) { return vp::StreamPutUnits(mStream, text); }
+int MFileUniv::FNativePutts(const unsigned short* text) { return vp::ReportError(vp::StreamPutUnits(mStream, text)); }
 
 // ---- file information
 
 int MFileUniv::FStat(const unsigned short* path, _stati64* info) {
-  return info && vp::StatPath(path, info) == 0 ? 0 : -1;
+  return info ? vp::ReportError(vp::StatPath(path, info)) : -1;
 }
 
 int MFileUniv::FStat(MFileSpecWin& spec, _stati64* info) {
@@ -243,12 +260,12 @@ int MFileUniv::FStat(MFileSpecWin& spec, _stati64* info) {
 }
 
 int MFileUniv::FStat(_stati64* info) {
-  return info && vp::StatDescriptor(mDescriptor, info) == 0 ? 0 : -1;
+  return info ? vp::ReportError(vp::StatDescriptor(mDescriptor, info)) : -1;
 }
 
 bool MFileUniv::GetTime(int which, int& year, int& month, int& day, int& hour, int& minute, int& second) const {
   _stati64 status;
-  if (vp::StatDescriptor(mDescriptor, &status) != 0) return false;
+  if (vp::ReportError(vp::StatDescriptor(mDescriptor, &status)) != 0) return false;
   int64_t seconds = which == 0 ? status.st_ctime64 : which == 1 ? status.st_mtime64 : status.st_atime64;
   vp::CalendarTime t;
   if (!vp::ToLocalTime(seconds, &t)) return false;
@@ -274,17 +291,21 @@ bool MFileUniv::GetAccessTime(int& year, int& month, int& day, int& hour, int& m
 }
 
 long long MFileUniv::GetSize() {
-  if (mOverlapped) return vp::GetHandleSize(mHandle);
+  if (mOverlapped) {
+    int64_t size = -1;
+    vp::ReportError(vp::GetHandleSize(mHandle, &size));
+    return size;
+  }
   _stati64 status;
-  if (vp::StatPath(GetFileSpec().GetFilePath(), &status) != 0) return -1;
+  if (vp::ReportError(vp::StatPath(GetFileSpec().GetFilePath(), &status)) != 0) return -1;
   return status.st_size;
 }
 
 // ---- size changes
 
-int MFileUniv::FSetEndOfFile() { return vp::EndFileAtPosition(mDescriptor); }
+int MFileUniv::FSetEndOfFile() { return vp::ReportError(vp::EndFileAtPosition(mDescriptor)); }
 
-int MFileUniv::FSetFileSize(long long size) { return vp::SetHandleSize(mHandle, size) ? 0 : -1; }
+int MFileUniv::FSetFileSize(long long size) { return vp::ReportError(vp::SetHandleSize(mHandle, size)); }
 
 // ---- overlapped transfers
 
@@ -307,7 +328,7 @@ uint32_t MFileUniv::FReadOverlapped(long long offset, char* buffer, long count, 
   if (IsPending(error)) return 0;
   text.Format(u"ReadFile at sector %d failed, Win32 error %d"_u16, sector, static_cast<int>(error));
   CMessageAction::Error(this, text);
-  return error;
+  return vp::SetLastErrorCode(error);
 }
 
 uint32_t MFileUniv::FWriteOverlapped(long long offset, char* buffer, long count, OVERLAPPED* overlapped,
@@ -321,7 +342,7 @@ uint32_t MFileUniv::FWriteOverlapped(long long offset, char* buffer, long count,
   text.Format(u"WriteFile failed at sector %d, error %d"_u16, static_cast<int>(offset / kSectorSize),
               static_cast<int>(error));
   CMessageAction::Error(this, text, 16);
-  return error;
+  return vp::SetLastErrorCode(error);
 }
 
 uint32_t MFileUniv::FWaitOverlappedCompletion(void* event, unsigned long seconds) {

@@ -12,10 +12,10 @@
 
 #include <cstdint>
 
-#include "../platform/Export.h"
-#include "../platform/Overlapped.h"
-#include "ConcatInfo.h"
-#include "MFile.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/platform/Overlapped.h>
+#include <VantoroBasicUtils/files/ConcatInfo.h>
+#include <VantoroBasicUtils/files/MFile.h>
 
 class VBU_API MFileUniv : public MFile {
  public:

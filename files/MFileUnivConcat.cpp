@@ -8,9 +8,10 @@
 
 #include "files/MFileUniv.h"
 #include "messaging/CMessageAction.h"
-#include "platform/AsyncIO.h"
-#include "platform/Errors.h"
-#include "platform/File.h"
+#include "platform/internal/AsyncIO.h"
+#include "platform/internal/Errors.h"
+#include "platform/internal/File.h"
+#include "platform/internal/Memory.h"
 #include "tasks/CThreadStatus.h"
 #include "text/MString.h"
 
@@ -60,12 +61,12 @@ long MFileUniv::ConcatInitialize(long sectorSize, long long startOffset) {
   info->mWriteInfo.mMarker = ConcatCallbackInfo::kLiveMarker;
   info->mBufferOne = static_cast<char*>(vp::AllocPages(static_cast<std::size_t>(info->mBufferSize)));
   if (!info->mBufferOne) {
-    info->mErrorCode = GetLastError();
+    info->mErrorCode = vp::SetLastErrorCode(vp::kErrorNoMemory);
     return -1;
   }
   info->mBufferTwo = static_cast<char*>(vp::AllocPages(static_cast<std::size_t>(info->mBufferSize)));
   if (!info->mBufferTwo) {
-    info->mErrorCode = GetLastError();
+    info->mErrorCode = vp::SetLastErrorCode(vp::kErrorNoMemory);
     vp::FreePages(info->mBufferOne);
     info->mBufferOne = nullptr;
     return -1;
@@ -101,7 +102,7 @@ long MFileUniv::ConcatFile(unsigned short* path, long /*reserved*/, bool& cancel
       uint32_t error = vp::StartHandleTransfer(info->mSource, false, info->mBufferOne,
                                          info->mBytesToRead, &read.mOverlapped, &ConcatCompletionRoutine);
       if (error != 0) {
-        info->mErrorCode = error;
+        info->mErrorCode = vp::SetLastErrorCode(error);
       } else {
         bool readInFlight = true, writeInFlight = false, waitFailed = false, finished = false;
         for (;;) {
@@ -220,7 +221,7 @@ void MFileUniv::ConcatWriteBuffer(ConcatInfo* info) {
   }
   uint32_t error = vp::StartHandleTransfer(info->mDestination, true, info->mWriteBuffer,
                                      info->mBytesToWrite, &info->mWriteInfo.mOverlapped, &ConcatCompletionRoutine);
-  if (error != 0) info->mErrorCode = error;
+  if (error != 0) info->mErrorCode = vp::SetLastErrorCode(error);
 }
 
 void MFileUniv::ConcatReadBuffer(ConcatInfo* info, ConcatCallbackInfo* record) {
@@ -228,13 +229,13 @@ void MFileUniv::ConcatReadBuffer(ConcatInfo* info, ConcatCallbackInfo* record) {
   info->mReadBuffer = info->mReadBuffer != info->mBufferOne ? info->mBufferOne : info->mBufferTwo;
   uint32_t error = vp::StartHandleTransfer(info->mSource, false, info->mReadBuffer,
                                      info->mBytesToRead, &record->mOverlapped, &ConcatCompletionRoutine);
-  if (error != 0) info->mErrorCode = error;
+  if (error != 0) info->mErrorCode = vp::SetLastErrorCode(error);
 }
 
 long MFileUniv::ConcatOpenSourceFile(ConcatInfo* info, unsigned short* path) {
   // The source goes through the system cache, unlike the destination.
-  info->mSource = vp::OpenHandle(path, vp::HandleAccess::kRead, vp::HandleDisposition::kOpenExisting, false, true);
-  return info->mSource == -1 ? -1 : 0;
+  return vp::ReportError(vp::OpenHandle(path, vp::HandleAccess::kRead, vp::HandleDisposition::kOpenExisting,
+                                        {.sequential = true}, &info->mSource));
 }
 
 void MFileUniv::ConcatCloseSourceFile(ConcatInfo* info) {
@@ -244,8 +245,8 @@ void MFileUniv::ConcatCloseSourceFile(ConcatInfo* info) {
 }
 
 uint64_t MFileUniv::ConcatSetSourceInfo(ConcatInfo* info) {
-  const int64_t size = vp::GetHandleSize(info->mSource);
-  if (size < 0) return kUnknownSize;
+  int64_t size = -1;
+  if (vp::ReportError(vp::GetHandleSize(info->mSource, &size)) != 0) return kUnknownSize;
   info->mSourceSize = static_cast<uint64_t>(size);
   if (size > 0) info->mRoundedSize = RoundUp(info->mSourceSize, static_cast<uint64_t>(info->mSectorSize));
   return info->mSourceSize;

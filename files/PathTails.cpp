@@ -1,6 +1,6 @@
 #include "files/PathTails.h"
 
-#include "platform/WideText.h"
+#include "platform/internal/WideText.h"
 #include "text/PathText.h"
 
 namespace {

@@ -6,8 +6,8 @@
 //   MString name = DeleteTailCharacter(u"title.."_u16, '.');                  // "title"
 #pragma once
 
-#include "../platform/Export.h"
-#include "../text/MString.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/text/MString.h>
 
 // A copy of `path` without any separators at its end; null or empty gives empty.
 VBU_API MString DeleteTailDirectorySeparator(const unsigned short* path);

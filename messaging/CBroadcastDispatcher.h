@@ -9,8 +9,8 @@
 
 #include <cstdint>
 
-#include "../platform/Export.h"
-#include "../platform/MessageQueue.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/platform/MessageQueue.h>
 
 class LBroadcaster;
 

@@ -76,6 +76,5 @@ void CMessageAction::Send(long kind, void* source, const unsigned short* text, l
 
 void CMessageAction::BroadcastInteraction(long message, void* source, const unsigned short* text) {
   InteractionRecord record{source, text};
-  CSingleLock lock(&mSection, true);
   BroadcastMessage(message, &record);
 }

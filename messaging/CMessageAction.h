@@ -10,9 +10,9 @@
 
 #include <atomic>
 
-#include "../platform/Export.h"
-#include "../platform/Sync.h"
-#include "LBroadcaster.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/platform/Sync.h>
+#include <VantoroBasicUtils/messaging/LBroadcaster.h>
 
 // The param of every user message. It lives for the broadcast; the text is not copied.
 struct InteractionRecord {
@@ -33,11 +33,10 @@ constexpr long kInteractionSimpleOutput = 5;
 constexpr long kInteractionReturn = 6;
 
 // The process-wide sender of user messages. Its static functions may be
-// called from any thread: its broadcasts are serialised by mSection, which is
-// held while the listeners run, so that they are called one message at a
-// time. Listeners run on the caller's thread; they must not wait for another
-// thread that may itself report a message. Set up the listeners before
-// worker threads start.
+// called from any thread, also from several at once; each message is
+// delivered on the caller's thread, and no lock is held while listeners run,
+// so a listener may hand the message to another thread and wait for it. Set
+// up the listeners before worker threads start.
 class VBU_API CMessageAction : public LBroadcaster {
  public:
   CMessageAction();
@@ -75,7 +74,7 @@ class VBU_API CMessageAction : public LBroadcaster {
   void _Return(long type);
   void _Clear(long type);
 
-  CCriticalSection mSection;
+  CCriticalSection mSection;  // kept for subclasses; the class itself never takes it
 
  private:
   // One broadcast of `kind` to each window selected by `type`, lowest first.

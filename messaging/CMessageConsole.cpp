@@ -4,8 +4,8 @@
 #include <string>
 
 #include "messaging/CMessageAction.h"
-#include "platform/CodePage.h"
-#include "platform/WideText.h"
+#include "platform/internal/CodePage.h"
+#include "platform/internal/WideText.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 //   CMessageAction::Error(nullptr, text, 1);   // prints "Error\t\t<text>\n"
 #pragma once
 
-#include "../platform/Export.h"
-#include "../messaging/LListener.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/messaging/LListener.h>
 
 class VBU_API CMessageConsole : public LListener {
  public:

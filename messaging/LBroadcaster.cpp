@@ -1,7 +1,63 @@
 #include "messaging/LBroadcaster.h"
 
+#include <cstdint>
+
 #include "containers/LArrayIterator.h"
 #include "messaging/LListener.h"
+
+// ---- The walk of a broadcast
+//
+// A broadcast walks the listener array with a small record on its own stack,
+// linked into a chain that belongs to the broadcasting thread alone. Nothing
+// shared is written, so several threads may broadcast on one broadcaster at
+// once, and no lock is held while a listener runs. A listener's changes to the
+// list during a broadcast (removing itself or another listener, adding one,
+// destroying the broadcaster) happen on the broadcasting thread, so they only
+// need to bring that thread's walks up to date; changing the list while
+// another thread broadcasts is the callers' business to keep apart.
+
+namespace {
+
+struct BroadcastWalk {
+  BroadcastWalk* outer;             // the thread's enclosing walk
+  const LBroadcaster* broadcaster;  // null once the broadcaster has died
+  LListener* const* items;
+  int32_t count;
+  int32_t next;  // 0-based index of the next listener to call
+};
+
+// The thread's innermost walk. Initial-exec: a plain thread-pointer access,
+// since the walk is on the hot path of every broadcast.
+thread_local BroadcastWalk* tWalks __attribute__((tls_model("initial-exec"))) = nullptr;
+
+// The broadcaster's own list: an LList whose items a walk reads in place.
+class ListenerList : public LList {
+ public:
+  LListener* const* Items() const {
+    return mItemsH ? reinterpret_cast<LListener* const*>(mItemsH->Handle::GetPtr()) : nullptr;
+  }
+  int32_t Count() const { return mItemCount; }
+};
+
+const ListenerList& ListOf(const LList* list) { return *static_cast<const ListenerList*>(list); }
+
+// Brings this thread's walks over `broadcaster` up to date with its list,
+// after the item at 0-based `removed` left it (-1: nothing left it).
+void UpdateWalks(const LBroadcaster* broadcaster, const LList* list, int32_t removed) {
+  for (BroadcastWalk* walk = tWalks; walk; walk = walk->outer) {
+    if (walk->broadcaster != broadcaster) continue;
+    if (!list) {
+      walk->broadcaster = nullptr;
+      walk->count = 0;
+      continue;
+    }
+    if (removed >= 0 && removed < walk->next) --walk->next;
+    walk->items = ListOf(list).Items();
+    walk->count = ListOf(list).Count();
+  }
+}
+
+}  // namespace
 
 // ---- LBroadcaster
 
@@ -17,6 +73,8 @@ LBroadcaster& LBroadcaster::operator=(const LBroadcaster& other) {
 
 LBroadcaster::~LBroadcaster() {
   BroadcastMessage(kMsgBroadcasterDying, this);
+  // A listener that destroys the broadcaster mid-broadcast ends that walk.
+  UpdateWalks(this, nullptr, -1);
   if (!mListeners) return;
   // The list is taken off the object first: a listener that hears of the
   // detachment cannot reach a half-dismantled list.
@@ -24,16 +82,17 @@ LBroadcaster::~LBroadcaster() {
   mListeners = nullptr;
   LListIterator it(*listeners);
   for (LListener* listener; it.Next(&listener);) listener->RemoveBroadcaster(this);
-  delete listeners;  // leaves any walk still open on it dead, so it ends
+  delete listeners;
 }
 
 void LBroadcaster::AddListener(LListener* listener) { AddListenerSelf(listener); }
 
 void LBroadcaster::AddListenerSelf(LListener* listener) {
   if (!listener) return;
-  if (!mListeners) mListeners = new LList;
+  if (!mListeners) mListeners = new ListenerList;
   if (mListeners->FetchIndexOf(&listener) != kBadIndex) return;
   mListeners->InsertItemsAt(1, kLastIndex, &listener, 0);
+  UpdateWalks(this, mListeners, -1);  // a walk under way reaches the new listener last
   listener->AddBroadcaster(this);
 }
 
@@ -41,19 +100,28 @@ void LBroadcaster::RemoveListener(LListener* listener) { RemoveListenerSelf(list
 
 void LBroadcaster::RemoveListenerSelf(LListener* listener) {
   if (!mListeners || !listener) return;
-  mListeners->Remove(&listener);
+  const long index = mListeners->FetchIndexOf(&listener);
+  if (index != kBadIndex) {
+    mListeners->RemoveItemsAt(1, index);
+    UpdateWalks(this, mListeners, static_cast<int32_t>(index - 1));
+  }
   listener->RemoveBroadcaster(this);
 }
 
-void LBroadcaster::BroadcastMessage(long message, void* param) { BroadcastMessageSelf(message, param); }
-
 void LBroadcaster::BroadcastMessageSelf(long message, void* param) {
   if (!mListeners || !mIsBroadcasting) return;
-  // The iterator follows removals from inside ListenToMessage, and goes dead
-  // (ending the walk) if a listener destroys this broadcaster. Nothing of
-  // `this` is touched after a listener has run.
-  LListIterator it(*mListeners);
-  for (LListener* listener; it.Next(&listener);) {
+  const ListenerList& list = ListOf(mListeners);
+  BroadcastWalk walk{tWalks, this, list.Items(), list.Count(), 0};
+  tWalks = &walk;
+  // Unlinked however the walk ends, also when a listener throws.
+  struct Unlink {
+    BroadcastWalk& walk;
+    ~Unlink() { tWalks = walk.outer; }
+  } unlink{walk};
+  // Nothing of `this` is touched once a listener has run: the record holds
+  // what the walk needs, and the list's changes come to it.
+  while (walk.next < walk.count) {
+    LListener* listener = walk.items[walk.next++];
     if (listener->IsListening()) listener->ListenToMessage(message, param);
   }
 }

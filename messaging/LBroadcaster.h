@@ -7,8 +7,8 @@
 //   source.BroadcastMessage(7130, &record);   // sink.ListenToMessage(7130, &record)
 #pragma once
 
-#include "../containers/Handle.h"
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/containers/Handle.h>
+#include <VantoroBasicUtils/platform/Export.h>
 
 class LList;
 class LListener;
@@ -19,8 +19,9 @@ constexpr long kMsgBroadcasterDying = 202;
 // Keeps a list of listeners and calls them. The link with each listener is
 // two-way: either end's death dissolves it at both ends, also in the middle
 // of a broadcast. Listeners may remove themselves or others, and may destroy
-// themselves or the broadcaster, from inside ListenToMessage. The bus itself
-// takes no lock: one broadcaster is used by one thread at a time.
+// themselves or the broadcaster, from inside ListenToMessage. The bus takes
+// no lock: several threads may broadcast on one broadcaster at once, as long
+// as its list of listeners is not being changed meanwhile.
 class VBU_API LBroadcaster : public CMemoryCheck {
  public:
   // No listeners; broadcasting on.
@@ -39,7 +40,7 @@ class VBU_API LBroadcaster : public CMemoryCheck {
   void RemoveListener(LListener* listener);
   void RemoveListenerSelf(LListener* listener);
   // Calls ListenToMessage of every listening listener, in the order of adding.
-  void BroadcastMessage(long message, void* param);
+  void BroadcastMessage(long message, void* param) { BroadcastMessageSelf(message, param); }
   void BroadcastMessageSelf(long message, void* param);
 
   // Resumes delivery.

@@ -5,7 +5,7 @@
 //   };
 #pragma once
 
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 class LBroadcaster;
 class LList;

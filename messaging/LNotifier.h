@@ -5,8 +5,8 @@
 //   MyResponder watcher;  clip.AddResponder(&watcher);   // watcher.Respond(7130, &clip, 0, 0)
 #pragma once
 
-#include "../platform/Export.h"
-#include "LBroadcaster.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/messaging/LBroadcaster.h>
 
 class LNotifier;
 class LResponder;

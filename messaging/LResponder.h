@@ -6,8 +6,8 @@
 //   };
 #pragma once
 
-#include "../platform/Export.h"
-#include "LListener.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/messaging/LListener.h>
 
 class LNotifier;
 

@@ -5,8 +5,8 @@
 //   CCriticalSection mine;  { StSingleLock hold(&mine);  ... }
 #pragma once
 
-#include "../platform/Export.h"
-#include "../platform/Sync.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/platform/Sync.h>
 
 // Holds the process-wide lock for a scope. The lock may be taken again by
 // the thread that holds it. Nothing in the library takes it: it is the host's.

@@ -1,9 +1,9 @@
-#include "platform/CodePage.h"
+#include "platform/internal/CodePage.h"
 
-#include "platform/SysCalls.h"
+#include "platform/internal/SysCalls.h"
 
-#if defined(_WIN32)
-#include "Windows/CodePage.inc"
+#if defined(__linux__)
+#include "linux/CodePage.inc"
 #else
-#include "Unix/CodePage.inc"
+#error "The platform layer has no code pages for this system yet."
 #endif

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <chrono>
 
-#include "platform/Alert.h"
-#include "platform/Overlapped.h"
+#include "platform/internal/Alert.h"
+#include "platform/Event.h"
 
 MThreadAlert::~MThreadAlert() {
   // The thread has ended: what it never ran is only released.
@@ -93,11 +93,3 @@ uint32_t MEvent::Wait(uint32_t milliseconds, bool alertable) {
   }
   return result;
 }
-
-namespace {
-thread_local uint32_t tLastError = 0;
-}  // namespace
-
-uint32_t GetLastError() { return tLastError; }
-
-void SetLastError(uint32_t code) { tLastError = code; }

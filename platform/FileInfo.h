@@ -7,6 +7,11 @@
 
 #include <cstdint>
 
+#if defined(_WIN32)
+// The C library's own record there.
+#include <sys/types.h>
+#include <sys/stat.h>
+#else
 // Times are seconds since 1970. (They are not named st_atime and so on: the
 // C library makes those names macros.)
 struct _stati64 {
@@ -22,3 +27,4 @@ struct _stati64 {
   int64_t st_mtime64;
   int64_t st_ctime64;
 };
+#endif

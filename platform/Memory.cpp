@@ -1,8 +1,38 @@
-#include "platform/Platform.h"
-#include "platform/SysCalls.h"
+// Blocks of memory. Heap blocks never move, and calloc zero-fills; page
+// blocks are fresh zeroed mappings with one page in front that keeps the
+// mapping's size.
+#include "platform/internal/Memory.h"
 
-#if defined(_WIN32)
-#include "Windows/Memory.inc"
-#else
-#include "Unix/Memory.inc"
-#endif
+#include <cstdint>
+
+#include "platform/internal/SysCalls.h"
+
+namespace vbu::platform {
+namespace {
+constexpr std::size_t kPage = 4096;
+}  // namespace
+
+void* AllocZeroedBlock(std::size_t size) {
+  if (size == 0) return nullptr;
+  return Sys().calloc(1, size);
+}
+
+void FreeBlock(void* block) {
+  if (block) Sys().free(block);
+}
+
+void* AllocPages(std::size_t size) {
+  if (size == 0 || size > SIZE_MAX - kPage) return nullptr;
+  void* base = Sys().mmap(size + kPage);
+  if (base == kMapFailed) return nullptr;
+  *static_cast<std::size_t*>(base) = size + kPage;
+  return static_cast<char*>(base) + kPage;
+}
+
+void FreePages(void* block) {
+  if (!block) return;
+  void* base = static_cast<char*>(block) - kPage;
+  Sys().munmap(base, *static_cast<std::size_t*>(base));
+}
+
+}  // namespace vbu::platform

@@ -3,9 +3,9 @@
 #include <mutex>
 #include <string>
 
-#include "platform/CodePage.h"
-#include "platform/SysCalls.h"
-#include "platform/WideText.h"
+#include "platform/internal/CodePage.h"
+#include "platform/internal/SysCalls.h"
+#include "platform/internal/WideText.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 //   vbu::ShowMessageBox(u"Folder( /media/cdrom ) is a read-only drive."_u16);
 #pragma once
 
-#include "Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 namespace vbu {
 

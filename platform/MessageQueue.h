@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 class MMessageWindow;
 struct MThreadQueueState;

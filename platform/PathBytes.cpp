@@ -1,7 +1,7 @@
-#include "platform/PathBytes.h"
+#include "platform/internal/PathBytes.h"
 
-#include "platform/CodePage.h"
-#include "platform/WideText.h"
+#include "platform/internal/CodePage.h"
+#include "platform/internal/WideText.h"
 
 namespace vbu::platform {
 

@@ -1,19 +1,30 @@
+// The settings file: its lines parsed and changed here; the system file
+// (linux/SettingsFile.inc) reads it whole and replaces it.
 #include "platform/internal/SettingsFile.h"
 
-#include <cerrno>
 #include <mutex>
 #include <vector>
 
-#include "platform/PathBytes.h"
-#include "platform/SysCalls.h"
-#include "platform/WideText.h"
+#include "platform/internal/Errors.h"
+#include "platform/internal/PathBytes.h"
+#include "platform/internal/SysCalls.h"
 #include "platform/internal/SystemText.h"
+#include "platform/internal/WideText.h"
 
-// Whole-file reads (ReadFileBytes) and the replacing write (ReplaceFileBytes).
+namespace vbu::platform::os {
+
+// The whole file at `path` into `*bytes`: 0, or the error code.
+uint32_t ReadWholeFile(const char* path, std::string* bytes);
+// Replaces the file at `path` with `bytes`, so that a failure at any point
+// leaves the old file whole: 0, or the error code.
+uint32_t ReplaceFile(const char* path, const std::string& bytes);
+
+}  // namespace vbu::platform::os
+
 #if defined(__linux__)
 #include "linux/SettingsFile.inc"
 #else
-#error "No settings file for this system"
+#error "The platform layer has no settings file for this system yet."
 #endif
 
 namespace vbu::platform {
@@ -240,9 +251,9 @@ bool ApplySetting(std::string* text, const char16_t* section, const char16_t* ke
 }
 
 bool ReadSetting(const char16_t* path, const char16_t* section, const char16_t* key, std::u16string* value) {
-  if (!path || !*path) return false;
+  PathBytes file(AsUnits(path));
   std::string text;
-  if (ReadFileBytes(path, &text) != 0) return false;
+  if (!file.Ok() || os::ReadWholeFile(file.Get(), &text) != 0) return false;
   return FindSetting(text, section, key, value);
 }
 
@@ -254,20 +265,21 @@ int ReadSettingInt(const char16_t* path, const char16_t* section, const char16_t
   return wtext::ToInt(AsUnits(value.c_str()));
 }
 
-int WriteSetting(const char16_t* path, const char16_t* section, const char16_t* key, const char16_t* value) {
-  if (!path || !*path || !section) return EINVAL;
+uint32_t WriteSetting(const char16_t* path, const char16_t* section, const char16_t* key, const char16_t* value) {
+  PathBytes file(path ? AsUnits(path) : nullptr);
+  if (!file.Ok()) return kErrorNoFile;
   // A line break in a name or value would write lines that read back as something else.
-  if (HasLineBreak(section) || HasLineBreak(key) || HasLineBreak(value)) return EINVAL;
+  if (!section || HasLineBreak(section) || HasLineBreak(key) || HasLineBreak(value)) return kErrorInvalidArgument;
   std::lock_guard<std::mutex> lock(WriteGuard());
   std::string text;
-  int error = ReadFileBytes(path, &text);
-  if (error == ENOENT) {
+  uint32_t error = os::ReadWholeFile(file.Get(), &text);
+  if (error == kErrorNoFile) {
     text.clear();
   } else if (error != 0) {
     return error;
   }
   if (!ApplySetting(&text, section, key, value)) return 0;
-  return ReplaceFileBytes(path, text);
+  return os::ReplaceFile(file.Get(), text);
 }
 
 }  // namespace vbu::platform

@@ -10,7 +10,7 @@
 #include <mutex>
 #include <thread>
 
-#include "Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 // A wait without limit, for Lock.
 constexpr unsigned long kWaitInfinite = 0xFFFFFFFFul;

@@ -1,9 +1,9 @@
-#include "platform/SysCalls.h"
+#include "platform/internal/SysCalls.h"
 
-#if defined(_WIN32)
-#include "Windows/SysCalls.inc"
+#if defined(__linux__)
+#include "linux/SysCalls.inc"
 #else
-#include "Unix/SysCalls.inc"
+#error "The platform layer has no system call table for this system yet."
 #endif
 
 namespace vbu::platform {

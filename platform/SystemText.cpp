@@ -1,7 +1,7 @@
 #include "platform/internal/SystemText.h"
 
-#include "platform/CodePage.h"
-#include "platform/WideText.h"
+#include "platform/internal/CodePage.h"
+#include "platform/internal/WideText.h"
 
 namespace vbu::platform {
 

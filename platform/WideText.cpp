@@ -1,12 +1,12 @@
-#include "platform/WideText.h"
+#include "platform/internal/WideText.h"
 
 #include <charconv>
 #include <climits>
 
-#if defined(_WIN32)
-#include "Windows/WideText.inc"
+#if defined(__linux__)
+#include "linux/WideText.inc"
 #else
-#include "Unix/WideText.inc"
+#error "The platform layer has no case tables for this system yet."
 #endif
 
 namespace vbu::wtext {

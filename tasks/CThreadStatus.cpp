@@ -45,8 +45,5 @@ void CThreadStatus::BroadcastStatus(int mask, long long position, long long rang
                             MString(), MString()};
   if (status) record.status = status;
   if (description) record.description = description;
-  // The walk over the listeners is not safe against a second walk on
-  // another thread; workers report side by side.
-  CSingleLock lock(&mSection, true);
   BroadcastMessage(kMsgThreadStatus, &record);
 }

@@ -8,10 +8,9 @@
 //   CThreadStatus::AdvancePosition(3);                                // the listener adds 3
 #pragma once
 
-#include "../messaging/LBroadcaster.h"
-#include "../platform/Export.h"
-#include "../platform/Sync.h"
-#include "../text/MString.h"
+#include <VantoroBasicUtils/messaging/LBroadcaster.h>
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/text/MString.h>
 
 // The message of every report; its param is a ThreadStatusRecord*.
 constexpr long kMsgThreadStatus = 29990;
@@ -34,15 +33,14 @@ struct ThreadStatusRecord {
   MString description;
 };
 
-// Reports may come from several threads at once: they are serialised by
-// mSection, held while the listeners run, so that a listener hears one
-// report at a time (on the reporting thread). A listener must therefore not
-// wait for another thread that may itself report. Attach listeners before
-// workers start and detach them after they end.
+// Reports may come from several threads at once; each reaches the listeners
+// on the reporting thread, with no lock held, so two reports of two threads
+// may be heard at the same time. Attach listeners before workers start and
+// detach them after they end.
 class VBU_API CThreadStatus : public LBroadcaster {
  public:
   CThreadStatus();
-  // As a broadcaster copies: the flag only, no listeners; the lock is the copy's own.
+  // As a broadcaster copies: the flag only, no listeners.
   CThreadStatus(const CThreadStatus& other);
   CThreadStatus& operator=(const CThreadStatus& other);
   ~CThreadStatus() override;
@@ -64,7 +62,5 @@ class VBU_API CThreadStatus : public LBroadcaster {
                        const unsigned short* description);
 
  private:
-  CCriticalSection mSection;
-
   static CThreadStatus sThreadStatus;
 };

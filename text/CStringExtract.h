@@ -5,7 +5,7 @@
 //   int step = CStringExtract::GetString(line + at, word);    // word up to the closing one
 #pragma once
 
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 class VBU_API CStringExtract {
  public:

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <new>
 
-#include "platform/CodePage.h"
-#include "platform/WideText.h"
+#include "platform/internal/CodePage.h"
+#include "platform/internal/WideText.h"
 #include "text/FormatInternal.h"
 #include "text/UStringResources.h"
 

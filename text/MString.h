@@ -7,8 +7,8 @@
 //   name.Format(u"%s %d"_u16, static_cast<const unsigned short*>(name), 3);
 #pragma once
 
-#include "../platform/Export.h"
-#include "TextLiteral.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/text/TextLiteral.h>
 
 // The byte code page of ExportASCII: 1 is the Macintosh set (Mac Roman),
 // anything else the system's (UTF-8 here).

@@ -6,8 +6,8 @@
 //   const unsigned short* first = names.GetAtConst(0);
 #pragma once
 
-#include "../platform/Export.h"
-#include "MString.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/text/MString.h>
 
 class MStringList;
 

@@ -6,8 +6,8 @@
 //   for (MString* s = lines.GetHead(); s; s = lines.GetNext()) { ... }
 #pragma once
 
-#include "../platform/Export.h"
-#include "MString.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/text/MString.h>
 
 class CVoidList;
 class MStringArray;

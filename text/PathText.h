@@ -13,8 +13,8 @@
 //   MString folder = DirName(MString(path));
 #pragma once
 
-#include "../platform/Export.h"
-#include "MString.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/text/MString.h>
 
 #if defined(basename)
 #pragma push_macro("basename")

@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "platform/WideText.h"
+#include "platform/internal/WideText.h"
 #include "text/CStringExtract.h"
 #include "text/PathText.h"
 #include "text/UStringUtils.h"

@@ -4,7 +4,7 @@
 #include <mutex>
 #include <string>
 
-#include "platform/WideText.h"
+#include "platform/internal/WideText.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 //   MString s;  s.LoadStr(101);   // "Disc full"
 #pragma once
 
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 class VBU_API UStringResources {
  public:

@@ -7,7 +7,7 @@
 //   unsigned short* units = UStringUtils::AtoT(bytes);
 #pragma once
 
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 class VBU_API UStringUtils {
  public:

@@ -45,9 +45,17 @@ void CDateTime::SetDate(int year, int month, int day) {
 }
 
 void CDateTime::ParseDate() {
-  // Negative or absurd counts (beyond some 25 million years) give day 0.
+  // Counts beyond some 25 million years after day 0, or 5 million before
+  // it, and NaN, read as day 0.
   double whole = std::trunc(mDate);
-  long days = (whole >= 0.0 && whole < 1e10) ? static_cast<long>(whole) : 0;
+  long days = (whole > -2e9 && whole < 1e10) ? static_cast<long>(whole) : 0;
+  if (days < 0) {
+    // Before day 0 no year or month is counted off: the day goes below 1.
+    mYear = 0;
+    mMonth = 1;
+    mDay = static_cast<int>(days + 1);
+    return;
+  }
   constexpr long kDaysPer400Years = 146097;
   mYear = static_cast<int>(days / kDaysPer400Years * 400);
   days %= kDaysPer400Years;

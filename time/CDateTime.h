@@ -7,12 +7,12 @@
 //   when.GetMinute();  // 30
 #pragma once
 
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/platform/Export.h>
 
 class VBU_API CDateTime {
  public:
   // `date` days since 1 January of year 0 (the fraction is the time of day).
-  explicit CDateTime(double date = 0.0);
+  CDateTime(double date = 0.0);
   CDateTime(const CDateTime& other) = default;
   CDateTime& operator=(const CDateTime& other) = default;
   virtual ~CDateTime();

@@ -156,14 +156,15 @@ bool CDuration::IsOverlap(CDuration& other) {
 }
 
 bool CDuration::GetOverlapDuration(const CDuration& other, CDuration* result) {
-  // The frames both hold: from the later start to the earlier end. Where
-  // this range starts first, the other's start (and, if earlier, its end).
+  // The frames both hold: from the later start to the earlier end. Where the
+  // other range starts inside this one, it has its start, and its end if
+  // that is earlier, even when it is empty (its end before its start).
   CTimecode a1 = GetStartTime(), a2 = GetEndTime();
   CTimecode b1 = other.GetStartTime(), b2 = other.GetEndTime();
-  CTimecode start = a1 <= b1 ? b1 : a1;
   CTimecode end = b2 < a2 ? b2 : a2;
-  if (!result || start > end) return false;
-  result->SetStartTime(start);
+  const bool startsInside = a1 <= b1 && b1 <= a2;
+  if (!result || (!startsInside && (b1 > a2 || a1 > end))) return false;
+  result->SetStartTime(startsInside ? b1 : a1);
   result->SetEndTime(end);
   return true;
 }

@@ -7,9 +7,9 @@
 //   clip.IsInclude(start);                                  // true
 #pragma once
 
-#include "../messaging/LNotifier.h"
-#include "../platform/Export.h"
-#include "CTimecode.h"
+#include <VantoroBasicUtils/messaging/LNotifier.h>
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/time/CTimecode.h>
 
 // Announced by the range's own setters.
 constexpr long kDurationResolutionChanged = 7200;

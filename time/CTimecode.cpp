@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr long kFramesPerMinute30 = 1800;  // labels in a minute at 30 fps
-
 // The whole frames per second of a frame type (IncreaseFrame's carry point).
 unsigned short FramesOfType(frame_type_t type) {
   switch (type) {
@@ -210,15 +208,22 @@ CTimecode& CTimecode::operator=(double packed) {
 }
 
 CTimecode& CTimecode::operator=(const CTimecode& other) {
-  if (*this != other) {
-    mHour = other.GetHour();
-    mMinute = other.GetMinute();
-    mSecond = other.GetSecond();
-    mFrame = other.GetFrame();
-    mFrameRate = other.GetFrameRate();
-    Notify(kTimecodeChanged, 0, 0);
-  }
+  AssignValue(other.GetHour(), other.GetMinute(), other.GetSecond(), other.GetFrame(), other.GetFrameRate());
   return *this;
+}
+
+void CTimecode::AssignValue(unsigned short hour, unsigned short minute, unsigned short second, unsigned short frame,
+                            double rate) {
+  if (GetHour() == hour && GetMinute() == minute && GetSecond() == second && GetFrame() == frame &&
+      GetFrameRate() == rate) {
+    return;
+  }
+  mHour = hour;
+  mMinute = minute;
+  mSecond = second;
+  mFrame = frame;
+  mFrameRate = rate;
+  Notify(kTimecodeChanged, 0, 0);
 }
 
 bool CTimecode::operator==(const CTimecode& other) const {
@@ -266,76 +271,77 @@ void CTimecode::DecreaseFrame() {
 }
 
 // ---- drop-frame
+//
+// Both directions work on label counts at 30 fps (0-based: 00:00:00:00 is 0),
+// whatever the value's own rate. Counting from the reference's minute, every
+// later minute start that is not a tenth minute skips the labels :00 and :01,
+// so the number of skipped labels below a label has a closed form, and so has
+// its inverse: no estimate is corrected, nothing is iterated.
 
 namespace {
 
-// The legal label rule: labels :00 and :01 of a minute that is not a
-// multiple of ten do not exist in drop-frame; such a count moves up to :02.
-long LegalDropLabel(long n, unsigned short minute) {
-  long within = n % kFramesPerMinute30;
-  if (minute % 10 != 0 && (within == 1 || within == 2)) n += 3 - within;
-  return n;
+constexpr long kLabelsPerMinute = 1800;       // labels of a minute at 30 fps
+constexpr long kLabelsPerDropMinute = 1798;   // a minute that skips :00 and :01
+constexpr long kLabelsPerTenMinutes = 17982;  // a tenth minute and nine that skip
+
+// The labels of `t` read at 30 fps.
+long LabelCount(const CTimecode& t) {
+  return ((t.GetHour() * 60L + t.GetMinute()) * 60L + t.GetSecond()) * 30L + t.GetFrame();
+}
+
+// Labels skipped between the reference's minute `from` and the minute `to`:
+// two for each minute start after `from`, up to `to`, that is not a tenth one.
+long DroppedBetween(long from, long to) {
+  if (to <= from) return 0;
+  return 2 * ((to - from) - (to / 10 - from / 10));
 }
 
 }  // namespace
 
-long CTimecode::DroppedFrames(const CTimecode& reference, const CTimecode& value) {
-  CTimecode r(reference);
-  r.SetFrameType(kFrameType30);
-  CTimecode minuteMark(r.GetHour(), r.GetMinute(), 0, 0, 30.0);
-  CTimecode tenMark(r.GetHour(), static_cast<unsigned short>(r.GetMinute() / 10 * 10), 0, 0, 30.0);
-  CTimecode c(value);
-  c.SetFrameType(kFrameType30);
-  CTimecode d = c - minuteMark;
-  CTimecode t = c - tenMark;
-  long minuteStarts = 60L * d.GetHour() + d.GetMinute();
-  long tenMinuteStarts = 6L * t.GetHour() + t.GetMinute() / 10;
-  return 2 * (minuteStarts - tenMinuteStarts);
+void CTimecode::AssignLabels(long count, CTimecode* result) {
+  const long minutes = count / kLabelsPerMinute;
+  const long inMinute = count % kLabelsPerMinute;
+  result->AssignValue(static_cast<unsigned short>(minutes / 60), static_cast<unsigned short>(minutes % 60),
+                      static_cast<unsigned short>(inMinute / 30), static_cast<unsigned short>(inMinute % 30), 30.0);
 }
 
 void CTimecode::Drop2Nondrop(const CTimecode& reference, CTimecode* result) {
-  long n = LegalDropLabel(GetTotalFrame(), GetMinute());
-  long dropped = DroppedFrames(reference, *this);
-  CTimecode plain;
-  plain.SetTotalFrame(n - dropped, kFrameType30);
-  *result = plain;
+  const long label = LabelCount(*this);
+  const long minute = label / kLabelsPerMinute;
+  // :00 and :01 of a minute that is not a tenth one read as its :02.
+  const long legal = minute % 10 != 0 && label % kLabelsPerMinute < 2 ? minute * kLabelsPerMinute + 2 : label;
+  const long referenceMinute = LabelCount(reference) / kLabelsPerMinute;
+  AssignLabels(legal - DroppedBetween(referenceMinute, minute), result);
 }
 
 void CTimecode::Drop2Nondrop(const CTimecode& reference) { Drop2Nondrop(reference, this); }
 
 void CTimecode::Nondrop2Drop(const CTimecode& reference, CTimecode* result) {
-  const long total = GetTotalFrame();
-  long n = total + DroppedFrames(reference, *this);
-  CTimecode a;
-  a.SetTotalFrame(n, kFrameType30);
-  long legal = LegalDropLabel(n, a.GetMinute());
-  if (legal != n) a.SetTotalFrame(legal, kFrameType30);
-
-  // Correct the estimate through the inverse until it holds still. Near the
-  // reference one pass settles it; far from it (some 16 h 40 min on) the
-  // estimate can fall a whole minute mark short, and the pass lands on a
-  // label that drop-frame forbids, so the correction repeats and the legal
-  // label rule runs once more on what it settles on. A reference that is
-  // itself such a label leaves two plain frames with no label that converts
-  // back exactly; the correction then swings between two values, and the
-  // later one (which the legal label rule moves on) is taken.
-  long previous = -1;
-  for (int pass = 0; pass < 8; ++pass) {
-    CTimecode plain;
-    a.Drop2Nondrop(reference, &plain);
-    long current = a.GetTotalFrame();
-    long corrected = total + current - plain.GetTotalFrame();
-    if (corrected == current) break;
-    if (corrected == previous) {
-      if (corrected > current) a.SetTotalFrame(corrected, kFrameType30);
-      break;
+  const long plain = LabelCount(*this);
+  const long referenceMinute = LabelCount(reference) / kLabelsPerMinute;
+  // Up to the end of the reference's minute (and before the reference) no
+  // label is skipped: a value is its own label.
+  long after = plain - (referenceMinute + 1) * kLabelsPerMinute;
+  if (after < 0) return AssignLabels(plain, result);
+  // Minutes that skip two labels each, up to the next tenth minute...
+  const long tenth = (referenceMinute / 10 + 1) * 10;
+  const long leading = (tenth - 1 - referenceMinute) * kLabelsPerDropMinute;
+  long label;
+  if (after < leading) {
+    label = (referenceMinute + 1 + after / kLabelsPerDropMinute) * kLabelsPerMinute + after % kLabelsPerDropMinute + 2;
+  } else {
+    // ...then whole blocks of ten minutes, each led by a tenth minute that skips nothing.
+    after -= leading;
+    const long block = tenth + 10 * (after / kLabelsPerTenMinutes);
+    const long inBlock = after % kLabelsPerTenMinutes;
+    if (inBlock < kLabelsPerMinute) {
+      label = block * kLabelsPerMinute + inBlock;
+    } else {
+      const long rest = inBlock - kLabelsPerMinute;
+      label = (block + 1 + rest / kLabelsPerDropMinute) * kLabelsPerMinute + rest % kLabelsPerDropMinute + 2;
     }
-    previous = current;
-    a.SetTotalFrame(corrected, kFrameType30);
   }
-  legal = LegalDropLabel(a.GetTotalFrame(), a.GetMinute());
-  if (legal != a.GetTotalFrame()) a.SetTotalFrame(legal, kFrameType30);
-  *result = a;
+  AssignLabels(label, result);
 }
 
 void CTimecode::Nondrop2Drop(const CTimecode& reference) { Nondrop2Drop(reference, this); }

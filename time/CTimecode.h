@@ -10,8 +10,8 @@
 
 #include <cstdint>
 
-#include "../messaging/LNotifier.h"
-#include "../platform/Export.h"
+#include <VantoroBasicUtils/messaging/LNotifier.h>
+#include <VantoroBasicUtils/platform/Export.h>
 
 class MString;
 
@@ -47,7 +47,7 @@ class VBU_API CTimecode : public LNotifier {
   // 00:00:00:00 at 30.0.
   CTimecode();
   // From the packed form (see operator=(double)).
-  explicit CTimecode(double packed);
+  CTimecode(double packed);
   // A copy of the value; no listeners.
   CTimecode(const CTimecode& other);
   CTimecode(unsigned short hour, unsigned short minute, unsigned short second, unsigned short frame, double rate);
@@ -130,10 +130,14 @@ class VBU_API CTimecode : public LNotifier {
   void DecreaseFrame();
 
   // ---- drop-frame labels at 30 fps, counted from `reference`
-  // The drop-frame label of this plain label.
+  // Both read the labels of this value and of `reference` as 30 fps labels,
+  // whatever their rates; the result is at 30.0, assigned once.
+  // The drop-frame label of this plain label. Up to the end of the
+  // reference's minute, and before the reference, a value is its own label.
   void Nondrop2Drop(const CTimecode& reference, CTimecode* result);
   void Nondrop2Drop(const CTimecode& reference);
-  // The plain label of this drop-frame label.
+  // The plain label of this drop-frame label; :00 and :01 of a minute that
+  // is not a tenth one read as its :02.
   void Drop2Nondrop(const CTimecode& reference, CTimecode* result);
   void Drop2Nondrop(const CTimecode& reference);
 
@@ -150,8 +154,11 @@ class VBU_API CTimecode : public LNotifier {
   bool operator!=(const CTimecode& other) const;
 
  private:
-  // Drop-frame labels that lie between `reference` and `value` (read at 30).
-  static long DroppedFrames(const CTimecode& reference, const CTimecode& value);
+  // `result` becomes the 30 fps value of `count` labels (0-based), as operator= assigns.
+  static void AssignLabels(long count, CTimecode* result);
+  // Stores the labels and the rate with one announcement, if they differ.
+  void AssignValue(unsigned short hour, unsigned short minute, unsigned short second, unsigned short frame,
+                   double rate);
   // The shared body of the four-label setters: validate, compare, store, hook, announce.
   template <class T>
   bool Store(T CTimecode::*field, T value, T current, void (CTimecode::*hook)());

@@ -7,9 +7,9 @@
 //   marks.Change2PAL();                  // same labels, now at 25 fps
 #pragma once
 
-#include "../platform/Export.h"
-#include "CDuration.h"
-#include "CTimecode.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/time/CDuration.h>
+#include <VantoroBasicUtils/time/CTimecode.h>
 
 class CVoidList;
 

@@ -1,6 +1,6 @@
 #include "time/CTimecodeParser.h"
 
-#include "platform/WideText.h"
+#include "platform/internal/WideText.h"
 
 namespace wt = vbu::wtext;
 

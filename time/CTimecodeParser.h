@@ -8,9 +8,9 @@
 //   MString text = p.GetString();                            // "01:02:03;04"
 #pragma once
 
-#include "../platform/Export.h"
-#include "../text/MString.h"
-#include "CTimecode.h"
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/text/MString.h>
+#include <VantoroBasicUtils/time/CTimecode.h>
 
 class VBU_API CTimecodeParser {
  public:

@@ -1,5 +1,5 @@
 // The text forms of CTimecode.
-#include "platform/WideText.h"
+#include "platform/internal/WideText.h"
 #include "text/MString.h"
 #include "time/CTimecode.h"
 #include "time/CTimecodeParser.h"

@@ -7,6 +7,7 @@
 //   void* entry = module ? vbu::platform::FindModuleEntry(module, "Start") : nullptr;
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace vbu::platform {
@@ -18,7 +19,7 @@ std::u16string ExecutablePath();
 std::u16string UserHomeFolder();
 // Makes the one folder `path` (its parent must exist); 0 or the error code
 // (EEXIST when something is there already).
-int MakeFolder(const char16_t* path);
+uint32_t MakeFolder(const char16_t* path);
 
 // Loads the module `name` (a path, or a name the system's loader searches
 // for), counting references; null if it cannot be loaded.

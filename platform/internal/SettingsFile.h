@@ -20,6 +20,7 @@
 // is cached: each call reads the file anew.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace vbu::platform {
@@ -37,7 +38,7 @@ int ReadSettingInt(const char16_t* path, const char16_t* section, const char16_t
 // Sets `key` in `section` to `value`: a null value removes the key, a null
 // key removes the section with all its lines. Gives 0, or the error code of
 // the system call that failed (the file then stays as it was).
-int WriteSetting(const char16_t* path, const char16_t* section, const char16_t* key, const char16_t* value);
+uint32_t WriteSetting(const char16_t* path, const char16_t* section, const char16_t* key, const char16_t* value);
 
 // ---- the text work, apart from the file system (used by the calls above)
 

@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+#include <string>
+
 #include "support/TempFolder.h"
 
 namespace {
@@ -111,4 +114,35 @@ TEST_F(ReadAhead, ASmallFileIsOneReadAndNothingPending) {
   EXPECT_FALSE(ahead.IsReadPending());
   EXPECT_EQ(Read(2990, 100), 10);
   EXPECT_EQ(Read(3000, 1), 0);
+}
+
+TEST(ReadAheadSeeks, ANewStartWhileAReadIsInFlightDeliversTheFilesBytes) {
+  // A consumer that seeks: a new start at a random sector, before or behind
+  // the last, while the read ahead of the last start is still under way;
+  // then three forward reads of a block each. Every byte is the file's.
+  constexpr int kBlock = 256 * 1024;
+  TempFolder dir;
+  const std::string content = Pattern(8u << 20, 7);
+  WriteAll(dir.Bytes("title.vob"), content);
+  MFileUniv file;
+  ASSERT_EQ(file.FOpen(dir.Path("title.vob"), MFile::file_overlapped_read), 0);
+  std::string got(kBlock, '\0');
+  {
+    AsyncReadBuffer ahead;
+    std::mt19937 random(11);
+    const long long sectors = static_cast<long long>(content.size()) / MFileUniv::kSectorSize;
+    for (int round = 0; round < 60; ++round) {
+      long long at = static_cast<long long>(random() % sectors) * MFileUniv::kSectorSize;
+      ASSERT_EQ(ahead.InitReadBuffer(&file, at, kBlock, 0), 0) << round;
+      for (int read = 0; read < 3 && at < static_cast<long long>(content.size()); ++read) {
+        int n = ahead.ReadBuffer(at, got.data(), kBlock);
+        ASSERT_GT(n, 0) << round << " " << at;
+        ASSERT_TRUE(got.compare(0, static_cast<std::size_t>(n), content, static_cast<std::size_t>(at),
+                                static_cast<std::size_t>(n)) == 0)
+            << "round " << round << ", offset " << at;
+        at += n;
+      }
+    }
+  }  // the read still under way ends before the blocks go
+  file.FClose();
 }

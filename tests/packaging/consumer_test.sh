@@ -17,15 +17,20 @@ missing=0
 while IFS= read -r header; do
   rel=${header#"$inc"/}
   [ "$rel" = VantoroBasicUtils.h ] && continue
-  if ! grep -q "#include \"$rel\"" "$inc/VantoroBasicUtils.h"; then
+  if ! grep -q "#include <VantoroBasicUtils/$rel>" "$inc/VantoroBasicUtils.h"; then
     echo "umbrella header lacks $rel"; missing=1
   fi
 done < <(find "$inc" -name '*.h')
 [ $missing -eq 0 ]
 
-# Nothing of the platform layer's internals is installed.
-if find "$inc/platform" -name '*.h' ! -name Export.h ! -name Sync.h ! -name MessageQueue.h ! -name Overlapped.h ! -name FileInfo.h ! -name MessageBox.h ! -name FileChooser.h | grep -q .; then
-  echo "internal platform headers were installed"; exit 1
+# Nothing of the platform layer's internals is installed: no internal/ folder,
+# no per-system file.
+if find "$inc" -path '*/internal*' -o -name '*.inc' -o -name '*Internal.h' | grep .; then
+  echo "internal headers were installed"; exit 1
+fi
+# Public headers reach each other by their installed path, never by "../".
+if grep -rn '#include "' "$inc"; then
+  echo "installed headers include by relative path"; exit 1
 fi
 
 # find_package

@@ -19,6 +19,7 @@
 #include <string>
 
 #include "platform/FaultInjection.h"
+#include "platform/internal/Errors.h"
 #include "platform/internal/SettingsFile.h"
 #include "support/TempFolder.h"
 
@@ -293,12 +294,12 @@ TEST(SettingsFile, AnInterruptedWriteLeavesTheOldFileWhole) {
   };
   for (const Case& c : cases) {
     WriteAll(dir.Bytes("app.ini"), old);
-    int result;
+    uint32_t result;
     {
       StFailSettingsCall failing(c.call, c.n, c.error);
       result = vp::WriteSetting(path.c_str(), u"Audio", u"Bitrate", u"256");
     }
-    EXPECT_EQ(result, c.error) << c.what;
+    EXPECT_EQ(result, static_cast<uint32_t>(c.error)) << c.what;
     EXPECT_EQ(ReadAll(dir.Bytes("app.ini")), old) << c.what;
     int files = 0;
     for (const auto& entry : fs::directory_iterator(dir.Bytes(""))) files += entry.is_regular_file();
@@ -312,7 +313,7 @@ TEST(SettingsFile, AnInterruptedWriteLeavesTheOldFileWhole) {
     CBrevanderProfile::SetProfilePath(nullptr);
   }
   EXPECT_EQ(ReadAll(dir.Bytes("app.ini")), old);
-  EXPECT_EQ(vp::WriteSetting(path.c_str(), u"Audio", u"Bitrate", u"256"), 0);
+  EXPECT_EQ(vp::WriteSetting(path.c_str(), u"Audio", u"Bitrate", u"256"), 0u);
   EXPECT_NE(ReadAll(dir.Bytes("app.ini")).find("Bitrate=256\r\n"), std::string::npos);
 }
 
@@ -322,7 +323,7 @@ TEST(SettingsFile, AFileThatCannotBeReadIsNotReplaced) {
   const std::u16string path = Wide(dir.Bytes("app.ini"));
   StSysCallTable saved;
   vp::Sys().read = [](int, void*, std::size_t) -> long { return errno = EIO, -1; };
-  EXPECT_EQ(vp::WriteSetting(path.c_str(), u"A", u"y", u"2"), EIO);
+  EXPECT_EQ(vp::WriteSetting(path.c_str(), u"A", u"y", u"2"), vp::kErrorIo);
   std::u16string value;
   EXPECT_FALSE(vp::ReadSetting(path.c_str(), u"A", u"x", &value));
   vp::Sys() = vp::DefaultSysCalls();

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <cstddef>
 
-#include "platform/SysCalls.h"
+#include "platform/internal/SysCalls.h"
 
 class StSysCallTable {
  public:

@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "platform/FaultInjection.h"
-#include "platform/FileSystem.h"
+#include "platform/internal/FileSystem.h"
 #include "support/TempFolder.h"
 
 using namespace vbu::literals;
@@ -30,28 +30,28 @@ TEST(FileSystem, StatGivesWhatTheSystemKnowsOfAPathAndOfADescriptor) {
   ASSERT_EQ(::stat(dir.Bytes("b.vob").c_str(), &system), 0);
 
   _stati64 byPath{}, byDescriptor{}, folder{};
-  ASSERT_EQ(vp::StatPath(dir.Path("b.vob"), &byPath), 0);
+  ASSERT_EQ(vp::StatPath(dir.Path("b.vob"), &byPath), 0u);
   EXPECT_EQ(byPath.st_size, 1234);
   EXPECT_TRUE(S_ISREG(byPath.st_mode));
   EXPECT_EQ(byPath.st_ino, static_cast<uint64_t>(system.st_ino));
   EXPECT_EQ(byPath.st_mtime64, static_cast<int64_t>(system.st_mtim.tv_sec));
   int fd = ::open(dir.Bytes("b.vob").c_str(), O_RDONLY);
   ASSERT_GE(fd, 0);
-  EXPECT_EQ(vp::StatDescriptor(fd, &byDescriptor), 0);
+  EXPECT_EQ(vp::StatDescriptor(fd, &byDescriptor), 0u);
   EXPECT_EQ(byDescriptor.st_ino, byPath.st_ino);
   EXPECT_EQ(byDescriptor.st_size, 1234);
   ::close(fd);
-  ASSERT_EQ(vp::StatPath(dir.Path(""), &folder), 0);
+  ASSERT_EQ(vp::StatPath(dir.Path(""), &folder), 0u);
   EXPECT_TRUE(S_ISDIR(folder.st_mode));
 
   _stati64 untouched{};
   untouched.st_size = 77;
-  EXPECT_EQ(vp::StatPath(dir.Path("missing"), &untouched), -1);
-  EXPECT_EQ(vp::StatPath(u""_u16, &untouched), -1);
-  EXPECT_EQ(vp::StatPath(nullptr, &untouched), -1);
-  EXPECT_EQ(vp::StatPath(dir.Path("b.vob"), nullptr), -1);
-  EXPECT_EQ(vp::StatDescriptor(-1, &untouched), -1);
-  EXPECT_EQ(vp::StatDescriptor(fd, &untouched), -1) << "closed";
+  EXPECT_EQ(vp::StatPath(dir.Path("missing"), &untouched), static_cast<uint32_t>(ENOENT));
+  EXPECT_EQ(vp::StatPath(u""_u16, &untouched), static_cast<uint32_t>(ENOENT));
+  EXPECT_EQ(vp::StatPath(nullptr, &untouched), static_cast<uint32_t>(ENOENT));
+  EXPECT_EQ(vp::StatPath(dir.Path("b.vob"), nullptr), static_cast<uint32_t>(EINVAL));
+  EXPECT_EQ(vp::StatDescriptor(-1, &untouched), static_cast<uint32_t>(EBADF));
+  EXPECT_EQ(vp::StatDescriptor(fd, &untouched), static_cast<uint32_t>(EBADF)) << "closed";
   EXPECT_EQ(untouched.st_size, 77) << "a failure fills nothing in";
 }
 
@@ -64,7 +64,7 @@ TEST(FileSystem, SizesAndTimesPastThirtyTwoBitsArriveWhole) {
     return 0;
   };
   _stati64 info{};
-  ASSERT_EQ(vp::StatPath(u"/disc.iso"_u16, &info), 0);
+  ASSERT_EQ(vp::StatPath(u"/disc.iso"_u16, &info), 0u);
   EXPECT_EQ(info.st_size, 5000000000);
   EXPECT_EQ(info.st_mtime64, 4102444800);
 }
@@ -78,19 +78,19 @@ TEST(FileSystem, ExistenceAndRemovalOfFilesOnly) {
   EXPECT_FALSE(vp::PathExists(u""_u16));
   EXPECT_FALSE(vp::PathExists(nullptr));
 
-  EXPECT_FALSE(vp::DeleteFile(dir.Path(""))) << "not a folder";
+  EXPECT_EQ(vp::RemoveFile(dir.Path("")), static_cast<uint32_t>(EISDIR)) << "not a folder";
   EXPECT_TRUE(vp::PathExists(dir.Path("")));
-  EXPECT_FALSE(vp::DeleteFile(u""_u16));
-  EXPECT_FALSE(vp::DeleteFile(nullptr));
+  EXPECT_NE(vp::RemoveFile(u""_u16), 0u);
+  EXPECT_NE(vp::RemoveFile(nullptr), 0u);
   {
     StSysCallTable saved;
     vp::Sys().unlink = [](const char*) { return errno = EACCES, -1; };
-    EXPECT_FALSE(vp::DeleteFile(dir.Path("b.txt")));
+    EXPECT_EQ(vp::RemoveFile(dir.Path("b.txt")), static_cast<uint32_t>(EACCES));
   }
   EXPECT_TRUE(vp::PathExists(dir.Path("b.txt")));
-  EXPECT_TRUE(vp::DeleteFile(dir.Path("b.txt")));
+  EXPECT_EQ(vp::RemoveFile(dir.Path("b.txt")), 0u);
   EXPECT_FALSE(vp::PathExists(dir.Path("b.txt")));
-  EXPECT_FALSE(vp::DeleteFile(dir.Path("b.txt"))) << "already gone";
+  EXPECT_EQ(vp::RemoveFile(dir.Path("b.txt")), static_cast<uint32_t>(ENOENT)) << "already gone";
 }
 
 TEST(FileSystem, AMissingPathHasNoRootAndAnUntellableKindIsLeftToFreeSpace) {
@@ -115,10 +115,10 @@ TEST(FileSystem, FreeBytesAreTheCallersBlocksTimesTheFragmentSize) {
     return 0;
   };
   uint64_t bytes = 0;
-  ASSERT_TRUE(vp::GetFreeBytesAvailable(u"/media/disc/"_u16, &bytes));
+  ASSERT_EQ(vp::GetFreeBytesAvailable(u"/media/disc/"_u16, &bytes), 0u);
   EXPECT_EQ(bytes, 1ull << 52);
-  EXPECT_FALSE(vp::GetFreeBytesAvailable(u"/media/disc/"_u16, nullptr));
-  EXPECT_FALSE(vp::GetFreeBytesAvailable(u""_u16, &bytes));
+  EXPECT_EQ(vp::GetFreeBytesAvailable(u"/media/disc/"_u16, nullptr), static_cast<uint32_t>(EINVAL));
+  EXPECT_EQ(vp::GetFreeBytesAvailable(u""_u16, &bytes), static_cast<uint32_t>(ENOENT));
 }
 
 namespace {

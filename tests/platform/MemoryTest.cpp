@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/FaultInjection.h"
-#include "platform/Platform.h"
+#include "platform/internal/Memory.h"
 #include "support/ArrayProbe.h"
 
 

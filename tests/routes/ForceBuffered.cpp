@@ -7,8 +7,8 @@
 
 #include <cerrno>
 
-#include "platform/File.h"
-#include "platform/SysCalls.h"
+#include "platform/internal/File.h"
+#include "platform/internal/SysCalls.h"
 #include "support/TempFolder.h"
 
 namespace {
@@ -29,9 +29,10 @@ const bool kRefused = [] {
 TEST(Route, OverlappedHandlesGoThroughTheCache) {
   ASSERT_TRUE(kRefused);
   TempFolder dir;
-  intptr_t handle = vbu::platform::OpenHandle(dir.Path("f"), vbu::platform::HandleAccess::kWrite,
-                                              vbu::platform::HandleDisposition::kCreateAlways, true);
-  ASSERT_NE(handle, -1);
+  intptr_t handle = -1;
+  ASSERT_EQ(vbu::platform::OpenHandle(dir.Path("f"), vbu::platform::HandleAccess::kWrite,
+                                      vbu::platform::HandleDisposition::kCreateAlways, {.unbuffered = true}, &handle),
+            0u);
   EXPECT_FALSE(vbu::platform::HandleIsUnbuffered(handle));
   vbu::platform::CloseHandle(handle);
 }

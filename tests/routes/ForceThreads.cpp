@@ -5,8 +5,8 @@
 
 #include <cerrno>
 
-#include "platform/AsyncIO.h"
-#include "platform/SysCalls.h"
+#include "platform/internal/AsyncIO.h"
+#include "platform/internal/SysCalls.h"
 
 namespace {
 

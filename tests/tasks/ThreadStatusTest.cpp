@@ -1,11 +1,20 @@
 // Progress reports: what each static call puts in its record, and whose
 // thread id the record carries.
+#include <VantoroBasicUtils/messaging/CMessageAction.h>
 #include <VantoroBasicUtils/messaging/LListener.h>
 #include <VantoroBasicUtils/platform/MessageQueue.h>
 #include <VantoroBasicUtils/tasks/CThreadStatus.h>
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <deque>
+#include <functional>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -80,17 +89,17 @@ TEST(ThreadStatus, TheRecordCarriesTheReportingThread) {
   EXPECT_NE(display.seen[0].threadId, static_cast<unsigned int>(MThreadQueue::CurrentThreadId()));
 }
 
-TEST(ThreadStatus, WorkersReportingAtOnceReachTheListenerOneAtATime) {
-  // Two joins of different kinds may run side by side; the listener is
-  // called for one report at a time, so a plain counter stays exact.
+TEST(ThreadStatus, WorkersReportingAtOnceReachEveryListener) {
+  // Two joins may run side by side: each report reaches the listener on its
+  // own thread, none is lost.
   class Counter : public LListener {
    public:
     Counter() { CThreadStatus::GetThreadStatus()->AddListener(this); }
     bool ListenToMessage(long, void* param) override {
-      total += static_cast<ThreadStatusRecord*>(param)->position;
+      total.fetch_add(static_cast<ThreadStatusRecord*>(param)->position, std::memory_order_relaxed);
       return true;
     }
-    long long total = 0;
+    std::atomic<long long> total{0};
   } counter;
   constexpr int kWorkers = 4, kReports = 20000;
   std::vector<std::thread> workers;
@@ -110,4 +119,109 @@ TEST(ThreadStatus, ACopyReportsToNobody) {
   EXPECT_TRUE(display.seen.empty()) << "listeners stay with the original";
   CThreadStatus::SetStatus(u"y"_u16);
   EXPECT_EQ(display.seen.size(), 1u);
+}
+
+namespace {
+
+// Runs `scenario` on a thread of its own and waits up to 20 s for it; a
+// deadlock ends the test program with a failure instead of hanging it.
+void RunOrAbort(const char* name, const std::function<void()>& scenario) {
+  std::mutex m;
+  std::condition_variable cv;
+  bool done = false;
+  std::thread runner([&] {
+    scenario();
+    std::lock_guard<std::mutex> lock(m);
+    done = true;
+    cv.notify_one();
+  });
+  std::unique_lock<std::mutex> lock(m);
+  if (!cv.wait_for(lock, std::chrono::seconds(20), [&] { return done; })) {
+    std::fprintf(stderr, "%s: no progress after 20 s (deadlock)\n", name);
+    std::abort();
+  }
+  lock.unlock();
+  runner.join();
+}
+
+const unsigned short kWarn[] = {'w', 0};
+
+}  // namespace
+
+TEST(ThreadStatus, AListenerMayWaitForAThreadThatReports) {
+  // A worker's message listener hands the message to the user-interface
+  // thread and waits until that thread has shown it; meanwhile the
+  // user-interface thread reports a message and progress of its own.
+  RunOrAbort("hand-over", [] {
+    std::mutex m;
+    std::condition_variable cv;
+    std::deque<int> handedOver;
+    int shown = 0;
+    std::thread::id ui = std::this_thread::get_id();
+    struct HandOver : LListener {
+      std::function<void()> onWorker;
+      std::thread::id ui;
+      bool ListenToMessage(long message, void*) override {
+        if (message == 26000 && std::this_thread::get_id() != ui) onWorker();
+        return true;
+      }
+    } handOver;
+    handOver.ui = ui;
+    handOver.onWorker = [&] {
+      std::unique_lock<std::mutex> lock(m);
+      handedOver.push_back(1);
+      cv.notify_all();
+      cv.wait(lock, [&] { return shown > 0; });
+    };
+    CMessageAction::GetMessageAction()->AddListener(&handOver);
+    std::thread worker([] { CMessageAction::Error(nullptr, kWarn, 1); });
+    {
+      std::unique_lock<std::mutex> lock(m);
+      cv.wait(lock, [&] { return !handedOver.empty(); });
+    }
+    // The worker is inside its broadcast now: these must not wait for it.
+    CMessageAction::Inform(nullptr, kWarn, 1);
+    CThreadStatus::SetPosition(1);
+    {
+      std::lock_guard<std::mutex> lock(m);
+      ++shown;
+      cv.notify_all();
+    }
+    worker.join();
+    CMessageAction::GetMessageAction()->RemoveListener(&handOver);
+  });
+}
+
+TEST(ThreadStatus, ProgressThatWarnsAndMessagesThatReportProgressRunSideBySide) {
+  // One thread's progress listener warns the user while another thread's
+  // message listener reports progress: each broadcast calls into the other
+  // broadcaster, from two threads at once.
+  struct WarnOnPosition : LListener {
+    bool ListenToMessage(long, void* param) override {
+      if (static_cast<ThreadStatusRecord*>(param)->mask == kStatusPosition) CMessageAction::Warning(nullptr, kWarn, 1);
+      return true;
+    }
+  } warner;
+  struct ProgressOnError : LListener {
+    std::atomic<int> heard{0};
+    bool ListenToMessage(long message, void*) override {
+      heard.fetch_add(1, std::memory_order_relaxed);
+      if (message == 26000) CThreadStatus::AdvancePosition(1);
+      return true;
+    }
+  } reporter;
+  CThreadStatus::GetThreadStatus()->AddListener(&warner);
+  CMessageAction::GetMessageAction()->AddListener(&reporter);
+  constexpr int kRounds = 2000;
+  RunOrAbort("cross reports", [] {
+    std::thread a([] {
+      for (int i = 0; i < kRounds; ++i) CThreadStatus::SetPosition(i);
+    });
+    std::thread b([] {
+      for (int i = 0; i < kRounds; ++i) CMessageAction::Error(nullptr, kWarn, 1);
+    });
+    a.join();
+    b.join();
+  });
+  EXPECT_EQ(reporter.heard.load(), 2 * kRounds);  // every error and every warning
 }

@@ -45,7 +45,11 @@ TEST(CDateTime, FieldsAndTimeOfDay) {
   EXPECT_EQ(CDateTime::GetTotalDayOfMonth(2, 0), 28);
   EXPECT_EQ(CDateTime::GetTotalDayOfMonth(2, 1), 29);
   EXPECT_EQ(CDateTime::GetTotalDayOfMonth(13, 0), 30);
-  CDateTime negative(-5.0);  // no day before day 0: it reads as day 0
-  EXPECT_EQ(negative.GetYear(), 0);
-  EXPECT_EQ(negative.GetDay(), 1);
+  // Before day 0 the day goes below 1 in January of year 0.
+  for (auto [date, day] : {std::pair{-1.0, 0}, {-5.0, -4}, {-0.5, 1}, {-1e300, 1}}) {
+    CDateTime before = date;  // a plain converting constructor
+    EXPECT_EQ(before.GetYear(), 0) << date;
+    EXPECT_EQ(before.GetMonth(), 1) << date;
+    EXPECT_EQ(before.GetDay(), day) << date;
+  }
 }

@@ -88,6 +88,18 @@ TEST(CDuration, RangeQuestions) {
   CDuration inner = Range(T(0, 0, 12, 0), T(0, 0, 13, 0));
   ASSERT_TRUE(inner.GetOverlapDuration(a, &both));
   EXPECT_EQ(both, inner);
+  // An empty range (its end one frame before its start) starting inside:
+  // its start, and the end that SetEndTime makes of its end.
+  CTimecode twelve = T(0, 0, 12, 0), nothing = T(0, 0, 0, 0);
+  CDuration empty;
+  empty.SetStartTime(twelve);
+  empty.SetDuration(nothing);
+  ASSERT_TRUE(a.GetOverlapDuration(empty, &both));
+  CDuration expected;
+  CTimecode emptyEnd = empty.GetEndTime();
+  expected.SetStartTime(twelve);
+  expected.SetEndTime(emptyEnd);
+  EXPECT_EQ(both, expected);
   CDuration apart = Range(T(0, 1, 0, 0), T(0, 1, 1, 0));
   CDuration untouched = both;
   EXPECT_FALSE(a.GetOverlapDuration(apart, &both));

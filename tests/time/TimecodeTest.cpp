@@ -73,6 +73,8 @@ TEST(CTimecode, PackedForm) {
   CTimecode t(0, 0, 0, 5, 30.0);
   t = 13000.0;
   EXPECT_EQ(L(t), (Labels{0, 0, 0, 0}));
+  CTimecode converted = 13000.0;  // a plain converting constructor
+  EXPECT_EQ(L(converted), (Labels{0, 0, 0, 0}));
   CTimecode pal(1, 2, 3, 4, 25.0);
   CTimecode back(static_cast<double>(pal));
   EXPECT_EQ(back, pal);

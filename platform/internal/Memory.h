@@ -1,9 +1,10 @@
-// Platform.h: the library's view of the operating system. Internal; never
-// installed. Portable code calls these; each is implemented once per system,
-// in platform/<System>/*.inc, included by the matching platform/*.cpp.
+// Memory.h: blocks of memory from the system. Ordinary blocks for the
+// library's handles, and page-aligned ones for unbuffered transfers, whose
+// buffers must sit on a sector boundary. Internal; never installed.
 //
 //   void* block = vbu::platform::AllocZeroedBlock(4096);
 //   if (block) { ...; vbu::platform::FreeBlock(block); }
+//   void* sectors = vbu::platform::AllocPages(64 * 2048);   // on a page boundary
 #pragma once
 
 #include <cstddef>
@@ -15,5 +16,10 @@ namespace vbu::platform {
 void* AllocZeroedBlock(std::size_t size);
 // Frees a block from AllocZeroedBlock; null is ignored.
 void FreeBlock(void* block);
+
+// `size` bytes of zeroed memory on a page boundary, or null (also for 0).
+void* AllocPages(std::size_t size);
+// Frees a block of AllocPages; null is ignored.
+void FreePages(void* block);
 
 }  // namespace vbu::platform

@@ -20,6 +20,9 @@ struct passwd;
 
 namespace vbu::platform {
 
+// What the mmap entry gives on failure (the system's MAP_FAILED).
+inline void* const kMapFailed = reinterpret_cast<void*>(-1);
+
 struct SysCalls {
   void* (*calloc)(std::size_t count, std::size_t size);
   void (*free)(void* block);
@@ -50,7 +53,7 @@ struct SysCalls {
   int (*fadvise)(int fd, int64_t offset, int64_t length, int advice);
 
   // Page-aligned blocks of zeroed memory.
-  void* (*mmap)(std::size_t size);  // MAP_FAILED ((void*)-1) on failure
+  void* (*mmap)(std::size_t size);  // kMapFailed on failure
   int (*munmap)(void* block, std::size_t size);
 
   // The io_uring ring of asynchronous transfers (liburing's queue init);

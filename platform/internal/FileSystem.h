@@ -1,6 +1,7 @@
 // FileSystem.h: questions about paths: whether one exists, what it holds,
-// what kind of volume holds it and how much room is left there; and its
-// removal. Internal; never installed.
+// what kind of volume holds it and how much room is left there; and the
+// removal of a file. Internal; never installed. Calls that can fail give
+// their error code (0: success) and set no last error.
 //
 //   _stati64 status;
 //   if (vbu::platform::StatPath(path, &status) == 0) size = status.st_size;
@@ -13,20 +14,20 @@
 
 namespace vbu::platform {
 
-// 0 with `out` filled, or -1 (the last error set).
-int StatPath(const unsigned short* path, _stati64* out);
-int StatDescriptor(int fd, _stati64* out);
+// Fills `out` with what the system knows of `path` or of descriptor `fd`.
+uint32_t StatPath(const unsigned short* path, _stati64* out);
+uint32_t StatDescriptor(int fd, _stati64* out);
 // True when `path` names something that exists.
 bool PathExists(const unsigned short* path);
-// Removes the file `path`; true on success.
-bool DeleteFile(const unsigned short* path);
+// Removes the file `path` (never a folder).
+uint32_t RemoveFile(const unsigned short* path);
 
 // The volume that holds a path: none (the path does not exist), a read-only
 // or optical medium (a read-only mount, or an ISO 9660 or UDF file system),
 // or an ordinary writable one.
 enum class DriveKind { kNoRoot, kOptical, kFixed };
 DriveKind GetDriveKind(const unsigned short* path);
-// The bytes free for the calling user on the volume of `path`; false if it cannot be asked.
-bool GetFreeBytesAvailable(const unsigned short* path, uint64_t* bytes);
+// The bytes free for the calling user on the volume of `path`.
+uint32_t GetFreeBytesAvailable(const unsigned short* path, uint64_t* bytes);
 
 }  // namespace vbu::platform
