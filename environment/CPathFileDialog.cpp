@@ -38,10 +38,9 @@ int CPathFileDialog::DoModal() {
                                   mFilter.GetLength() ? static_cast<const unsigned short*>(mFilter) : nullptr,
                                   mFilterIndex,
                                   mParent};
-  vbu::FileChooserResult result{};
+  vbu::FileChooserResult result;
   if (!vbu::GetFileChooser().Run(request, *this, result)) return kIdCancel;
-  result.pathName[sizeof result.pathName / sizeof result.pathName[0] - 1] = 0;
-  mPathName = result.pathName;
+  mPathName = result.GetPathName();
   mFilterIndex = result.filterIndex;
   return kIdOk;
 }

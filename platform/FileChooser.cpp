@@ -1,6 +1,7 @@
 #include "platform/FileChooser.h"
 
 #include <atomic>
+#include <cstddef>
 
 namespace vbu {
 namespace {
@@ -18,6 +19,23 @@ std::atomic<FileChooser*> gChooser{nullptr};
 FileChooserView::~FileChooserView() = default;
 FileChooserClient::~FileChooserClient() = default;
 FileChooser::~FileChooser() = default;
+
+FileChooserResult::~FileChooserResult() { delete[] mPathName; }
+
+void FileChooserResult::SetPathName(const unsigned short* path) {
+  std::size_t length = 0;
+  while (path && path[length]) ++length;
+  unsigned short* copy = new unsigned short[length + 1];
+  for (std::size_t i = 0; i < length; ++i) copy[i] = path[i];
+  copy[length] = 0;
+  delete[] mPathName;
+  mPathName = copy;
+}
+
+const unsigned short* FileChooserResult::GetPathName() const {
+  static const unsigned short kEmpty[1] = {0};
+  return mPathName ? mPathName : kEmpty;
+}
 
 void SetFileChooser(FileChooser* chooser) { gChooser.store(chooser); }
 

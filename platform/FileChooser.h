@@ -68,10 +68,23 @@ constexpr unsigned long kFileChooserPathMustExist = 0x800;
 constexpr unsigned long kFileChooserFileMustExist = 0x1000;
 constexpr unsigned long kFileChooserExplorer = 0x80000;
 
-// What the user chose. The chooser fills both before it gives true.
-struct FileChooserResult {
-  unsigned short pathName[4096];   // the full path, terminated
-  unsigned long filterIndex;       // the filter in force, from 1
+// What the user chose. The chooser sets both before it gives true.
+class VBU_API FileChooserResult {
+ public:
+  FileChooserResult() = default;
+  FileChooserResult(const FileChooserResult&) = delete;
+  FileChooserResult& operator=(const FileChooserResult&) = delete;
+  ~FileChooserResult();
+
+  // The full path of the file chosen (a copy is kept; null is empty).
+  void SetPathName(const unsigned short* path);
+  // The path set, terminated; empty before.
+  const unsigned short* GetPathName() const;
+
+  unsigned long filterIndex = 0;  // the filter in force, from 1
+
+ private:
+  unsigned short* mPathName = nullptr;
 };
 
 class VBU_API FileChooser {

@@ -282,3 +282,13 @@ TEST_F(FileDialogs, PathDialogEntriesAndFilterTexts) {
   MString unopened(u"a)b"_u16);
   EXPECT_EQ(S(dialog.GetFilter(unopened)), u"a");
 }
+
+TEST_F(FileDialogs, AChosenPathOfAnyLengthComesBackWhole) {
+  Chooser chooser;
+  std::u16string deep = u"/";
+  for (int i = 0; i < 600; ++i) deep += u"folder-" + std::u16string(1, u'a' + i % 26) + u"/";
+  chooser.steps = {Chooser::Browse(deep), Chooser::Type(u"take.vob")};
+  MFileDialogWin dialog;
+  ASSERT_TRUE(dialog.Execute());
+  EXPECT_EQ(S(dialog.GetFileSpec().GetFilePath()), deep + u"take.vob");
+}

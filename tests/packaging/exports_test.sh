@@ -34,7 +34,7 @@ for name in 'Handle::Resize' 'StPointerBlock::StPointerBlock' 'UMemUtils::memcpy
             'CBrevanderDirectories::GetAppProfile' 'CBrevanderDirectories::GetEncodedJacketDataDirectory' \
             'CVersionControl::gVersionControl' 'CVersionControl::IsSupportEnhancedDVD' 'kVantoroStandardID' \
             'CSharedLibrary::LoadFunction' 'MFileDialog::sLastFile' 'MFileDialog::AddFilters' \
-            'MFileSaveDialogWin::AppendFilterExtension' 'CPathFileDialog::OnTypeChange' 'typeinfo for vbu::FileChooser' 'CThreadStatus::AdvancePosition' 'CThreadStatus::sThreadStatus'; do
+            'MFileSaveDialogWin::AppendFilterExtension' 'CPathFileDialog::OnTypeChange' 'typeinfo for vbu::FileChooser' 'vbu::FileChooserResult::SetPathName' 'CThreadStatus::AdvancePosition' 'CThreadStatus::sThreadStatus'; do
   if ! grep -qF -- "$name" <<<"$symbols"; then
     echo "not exported: $name"; fail=1
   fi

@@ -62,9 +62,7 @@ class ScriptedFileChooser : public vbu::FileChooser, public vbu::FileChooserView
     }
     if (!answerOk) return false;
     std::u16string path = !name.empty() && name[0] == u'/' ? name : folder + name;
-    std::size_t n = 0;
-    for (; n < path.size() && n + 1 < sizeof result.pathName / 2; ++n) result.pathName[n] = path[n];
-    result.pathName[n] = 0;
+    result.SetPathName(Units(path));
     result.filterIndex = filter;
     return true;
   }
