@@ -6,6 +6,7 @@
 
 #include <VantoroBasicUtils/platform/Event.h>
 #include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/platform/FileChooser.h>
 #include <VantoroBasicUtils/platform/FileInfo.h>
 #include <VantoroBasicUtils/platform/MessageBox.h>
 #include <VantoroBasicUtils/platform/MessageQueue.h>
@@ -62,3 +63,10 @@
 #include <VantoroBasicUtils/messaging/StGlobalLock.h>
 
 #include <VantoroBasicUtils/tasks/CThreadStatus.h>
+
+#include <VantoroBasicUtils/environment/CBrevanderDirectories.h>
+#include <VantoroBasicUtils/environment/CBrevanderProfile.h>
+#include <VantoroBasicUtils/environment/CPathFileDialog.h>
+#include <VantoroBasicUtils/environment/CSharedLibrary.h>
+#include <VantoroBasicUtils/environment/CVersionControl.h>
+#include <VantoroBasicUtils/environment/MFileDialog.h>

@@ -17,6 +17,7 @@ struct statvfs;
 struct statfs;
 struct io_uring;
 struct dirent;
+struct passwd;
 
 namespace vbu::platform {
 
@@ -52,8 +53,8 @@ struct SysCalls {
   // posix_fadvise: gives 0 or an error number (not through errno).
   int (*fadvise)(int fd, int64_t offset, int64_t length, int advice);
 
-  // Names in folders; a folder stream is the system's DIR*, null on failure.
-  int (*rename)(const char* from, const char* to);
+  // Names in folders (rename is with the environment's entries below); a
+  // folder stream is the system's DIR*, null on failure.
   int (*link)(const char* existing, const char* name);
   int (*lstat)(const char* path, struct ::stat* info);
   int (*chdir)(const char* path);
@@ -69,6 +70,20 @@ struct SysCalls {
   // The io_uring ring of asynchronous transfers (liburing's queue init);
   // a failure makes the layer move transfers on threads of its own.
   int (*io_uring_queue_init)(unsigned entries, struct ::io_uring* ring, unsigned flags);
+
+  // The application's environment: folders, renames over a file, the
+  // running program's own file, the user's entry in the password database,
+  // and modules loaded at run time (dlopen flags as the system has them).
+  int (*mkdir)(const char* path, unsigned mode);
+  int (*rename)(const char* from, const char* to);
+  long (*readlink)(const char* path, char* buffer, std::size_t size);
+  int (*getpid)();
+  unsigned (*getuid)();
+  // Gives 0 or an error number (not through errno); `*result` null when there is no entry.
+  int (*getpwuid_r)(unsigned uid, struct ::passwd* record, char* buffer, std::size_t size, struct ::passwd** result);
+  void* (*dlopen)(const char* name, int flags);
+  void* (*dlsym)(void* module, const char* name);
+  int (*dlclose)(void* module);
 };
 
 // The live table: what the layer calls. Tests may change its entries.

@@ -32,12 +32,17 @@ for name in 'Handle::Resize' 'StPointerBlock::StPointerBlock' 'UMemUtils::memcpy
             'MFiles::FWrite' 'MFiles::DoSwitchToInfoFile' 'MFiles::IsBrevanderMFiles' 'MFiles::FReadOverlapped' \
             'MDirectory::GetDiskFreeSpaceW' 'DeleteDirectory' 'UFileUtils::DeleteDir' 'CFileQuery::CFileQuery' \
             'CScriptFile::GetListMember' 'CScriptFile::GetToken' \
-            'GetLastError' 'vbu::ShowMessageBox' 'CThreadStatus::AdvancePosition' 'CThreadStatus::sThreadStatus'; do
+            'GetLastError' 'vbu::ShowMessageBox' 'vbu::SetFileChooser' 'vbu::GetFileChooser' \
+            'CBrevanderProfile::SetAppProfile' 'CBrevanderProfile::GetProfileInt3' 'CBrevanderProfile::sProfilePath' \
+            'CBrevanderDirectories::GetAppProfile' 'CBrevanderDirectories::GetEncodedJacketDataDirectory' \
+            'CVersionControl::gVersionControl' 'CVersionControl::IsSupportEnhancedDVD' 'kVantoroStandardID' \
+            'CSharedLibrary::LoadFunction' 'MFileDialog::sLastFile' 'MFileDialog::AddFilters' \
+            'MFileSaveDialogWin::AppendFilterExtension' 'CPathFileDialog::OnTypeChange' 'typeinfo for vbu::FileChooser' 'vbu::FileChooserResult::SetPathName' 'CThreadStatus::AdvancePosition' 'CThreadStatus::sThreadStatus'; do
   if ! grep -qF -- "$name" <<<"$symbols"; then
     echo "not exported: $name"; fail=1
   fi
 done
-for pattern in 'vbu::wtext' 'vbu::platform' 'vbu::text' 'anonymous namespace' 'MoveBytes' 'EffectiveSize' 'LArrayOrdering' 'MThreadQueueState' 'ToSystemBytes' 'io_uring' 'PathBytes'; do
+for pattern in 'vbu::wtext' 'vbu::platform' 'vbu::text' 'anonymous namespace' 'MoveBytes' 'EffectiveSize' 'LArrayOrdering' 'MThreadQueueState' 'ToSystemBytes' 'io_uring' 'PathBytes' 'ApplySetting' 'CancellingChooser'; do
   if grep -qF -- "$pattern" <<<"$symbols"; then
     echo "internal symbol exported:"; grep -F -- "$pattern" <<<"$symbols" | head -n5; fail=1
   fi
