@@ -99,3 +99,25 @@ TEST(SegmentedFaults, WithoutHardLinksTheSwitchRenames) {
   ASSERT_EQ(file.FClose(), 0);
   EXPECT_EQ(ReadLogical(dir.Path("f")), data);
 }
+
+TEST(SegmentedFaults, AnInfoFileThatCannotBeAskedIsNeverTakenForANewFile) {
+  TempFolder dir;
+  std::string data = Pattern(2500);
+  {
+    MFiles file;
+    ASSERT_EQ(file.FOpen(dir.Path("f"), MFile::file_create_binary), 0);
+    file.SetMaxFileSize(1000);
+    ASSERT_EQ(file.FWrite(data.data(), 1000), 1000);
+    ASSERT_EQ(file.FWrite(data.data() + 1000, 1000), 1000);
+    ASSERT_EQ(file.FWrite(data.data() + 2000, 500), 500);
+  }
+  std::string info = ReadAll(dir.Bytes("f"));
+  {
+    StSysCallTable saved;
+    vbu::platform::Sys().stat = [](const char*, struct ::stat*) { return errno = EIO, -1; };
+    MFiles file;
+    EXPECT_EQ(file.FOpen(dir.Path("f"), MFile::file_create_binary), -1);
+  }
+  EXPECT_EQ(ReadAll(dir.Bytes("f")), info) << "not emptied as a plain file";
+  EXPECT_EQ(ReadLogical(dir.Path("f")), data);
+}
