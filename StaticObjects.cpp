@@ -5,6 +5,8 @@
 // getter that gives its address.
 #include "bytes/CAppBits.h"
 #include "containers/LArray.h"
+#include "environment/CBrevanderProfile.h"
+#include "environment/MFileDialog.h"
 #include "messaging/CMessageAction.h"
 #include "messaging/StGlobalLock.h"
 #include "tasks/CIdleProcess.h"
@@ -18,9 +20,15 @@ bool CAppBits::sByteMasksInitialized = CAppBits::InitializeByteMasks();
 // Deferred work of the idle handler. At unload it deletes what is pending.
 CIdleProcesses gIdleProcesses;
 
+// The last file chosen in any file dialog.
+MFileSpecWin MFileDialog::sLastFile;
+
 // The shared comparators of arrays made without one of their own.
 LLongComparator LArray::sLongComparator;
 LComparator LArray::sBytesComparator;
+
+// Kept empty: the settings file's path is held by the platform layer.
+MString CBrevanderProfile::sProfilePath;
 
 // The host's process-wide lock.
 CCriticalSection StGlobalLock::sSafe;

@@ -129,7 +129,11 @@ int MFileUniv::FOpen(file_open_t mode) {
     vp::CloseDescriptor(fd);
     return vp::ReportError(error);
   }
-  vp::SeekDescriptor(fd, 0, row.atEnd ? file_seek_end : file_seek_begin);
+  // An append that does not stand at the end would write over the file.
+  if (uint32_t error = vp::SeekDescriptor(fd, 0, row.atEnd ? file_seek_end : file_seek_begin)) {
+    vp::CloseStream(stream);
+    return vp::ReportError(error);
+  }
   mStream = stream;
   mDescriptor = fd;
   // A file opened to be written is made writable for its owner; nobody loses access.

@@ -17,6 +17,8 @@ struct statvfs;
 struct statfs;
 struct io_uring;
 struct sigaction;
+struct dirent;
+struct passwd;
 
 namespace vbu::platform {
 
@@ -52,6 +54,16 @@ struct SysCalls {
   // posix_fadvise: gives 0 or an error number (not through errno).
   int (*fadvise)(int fd, int64_t offset, int64_t length, int advice);
 
+  // Names in folders (rename is with the environment's entries below); a
+  // folder stream is the system's DIR*, null on failure.
+  int (*link)(const char* existing, const char* name);
+  int (*lstat)(const char* path, struct ::stat* info);
+  int (*chdir)(const char* path);
+  int (*rmdir)(const char* path);
+  void* (*opendir)(const char* path);
+  struct ::dirent* (*readdir)(void* folder);
+  int (*closedir)(void* folder);
+
   // Page-aligned blocks of zeroed memory.
   void* (*mmap)(std::size_t size);  // kMapFailed on failure
   int (*munmap)(void* block, std::size_t size);
@@ -72,6 +84,19 @@ struct SysCalls {
   // Waits while *word equals `expected` (spurious wake-ups allowed); wakes up to `count` waiters.
   void (*futex_wait)(uint32_t* word, uint32_t expected);
   void (*futex_wake)(uint32_t* word, int count);
+  // The application's environment: folders, renames over a file, the
+  // running program's own file, the user's entry in the password database,
+  // and modules loaded at run time (dlopen flags as the system has them).
+  int (*mkdir)(const char* path, unsigned mode);
+  int (*rename)(const char* from, const char* to);
+  long (*readlink)(const char* path, char* buffer, std::size_t size);
+  int (*getpid)();
+  unsigned (*getuid)();
+  // Gives 0 or an error number (not through errno); `*result` null when there is no entry.
+  int (*getpwuid_r)(unsigned uid, struct ::passwd* record, char* buffer, std::size_t size, struct ::passwd** result);
+  void* (*dlopen)(const char* name, int flags);
+  void* (*dlsym)(void* module, const char* name);
+  int (*dlclose)(void* module);
 };
 
 // The live table: what the layer calls. Tests may change its entries.

@@ -9,8 +9,10 @@ file=$1
 order=(
   'CAppBits::sByteMasksInitialized'
   'gIdleProcesses'
+  'MFileDialog::sLastFile'
   'LArray::sLongComparator'
   'LArray::sBytesComparator'
+  'CBrevanderProfile::sProfilePath'
   'StGlobalLock::sSafe'
   'CMessageAction::sMessageAction'
   'CThreadStatus::sThreadStatus'
