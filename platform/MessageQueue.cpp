@@ -49,9 +49,11 @@ struct Registry {
   std::mutex mutex;
   std::unordered_map<unsigned long, std::weak_ptr<MThreadQueueState>> queues;
 
+  // Never destroyed: a detached thread may still end (and unregister its
+  // queue) while the process runs its exit handlers.
   static Registry& Get() {
-    static Registry registry;
-    return registry;
+    static Registry* registry = new Registry;
+    return *registry;
   }
 };
 
