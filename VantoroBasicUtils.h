@@ -6,11 +6,13 @@
 
 #include <VantoroBasicUtils/platform/Event.h>
 #include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/platform/FileChooser.h>
 #include <VantoroBasicUtils/platform/FileInfo.h>
 #include <VantoroBasicUtils/platform/MessageBox.h>
 #include <VantoroBasicUtils/platform/MessageQueue.h>
 #include <VantoroBasicUtils/platform/Overlapped.h>
 #include <VantoroBasicUtils/platform/Sync.h>
+#include <VantoroBasicUtils/platform/Thread.h>
 
 #include <VantoroBasicUtils/text/CStringExtract.h>
 #include <VantoroBasicUtils/text/MString.h>
@@ -41,11 +43,16 @@
 #include <VantoroBasicUtils/containers/UMemUtils.h>
 
 #include <VantoroBasicUtils/files/AsyncReadBuffer.h>
+#include <VantoroBasicUtils/files/CFileQuery.h>
+#include <VantoroBasicUtils/files/CScriptFile.h>
 #include <VantoroBasicUtils/files/ConcatInfo.h>
+#include <VantoroBasicUtils/files/MDirectory.h>
 #include <VantoroBasicUtils/files/MFile.h>
 #include <VantoroBasicUtils/files/MFileSpec.h>
 #include <VantoroBasicUtils/files/MFileUniv.h>
+#include <VantoroBasicUtils/files/MFiles.h>
 #include <VantoroBasicUtils/files/PathTails.h>
+#include <VantoroBasicUtils/files/UFileUtils.h>
 
 #include <VantoroBasicUtils/messaging/CBroadcastDispatcher.h>
 #include <VantoroBasicUtils/messaging/CMessageAction.h>
@@ -56,4 +63,19 @@
 #include <VantoroBasicUtils/messaging/LResponder.h>
 #include <VantoroBasicUtils/messaging/StGlobalLock.h>
 
+#include <VantoroBasicUtils/tasks/CBrevanderThread.h>
+#include <VantoroBasicUtils/tasks/CBrevanderWinThread.h>
+#include <VantoroBasicUtils/tasks/CIdleProcess.h>
+#include <VantoroBasicUtils/tasks/COperation.h>
+#include <VantoroBasicUtils/tasks/COperationList.h>
+#include <VantoroBasicUtils/tasks/CThreadAction.h>
+#include <VantoroBasicUtils/tasks/CThreadDispatcher.h>
 #include <VantoroBasicUtils/tasks/CThreadStatus.h>
+#include <VantoroBasicUtils/tasks/MBrevanderTaskBase.h>
+
+#include <VantoroBasicUtils/environment/CBrevanderDirectories.h>
+#include <VantoroBasicUtils/environment/CBrevanderProfile.h>
+#include <VantoroBasicUtils/environment/CPathFileDialog.h>
+#include <VantoroBasicUtils/environment/CSharedLibrary.h>
+#include <VantoroBasicUtils/environment/CVersionControl.h>
+#include <VantoroBasicUtils/environment/MFileDialog.h>

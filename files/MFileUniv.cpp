@@ -129,10 +129,15 @@ int MFileUniv::FOpen(file_open_t mode) {
     vp::CloseDescriptor(fd);
     return vp::ReportError(error);
   }
-  vp::SeekDescriptor(fd, 0, row.atEnd ? file_seek_end : file_seek_begin);
+  // An append that does not stand at the end would write over the file.
+  if (uint32_t error = vp::SeekDescriptor(fd, 0, row.atEnd ? file_seek_end : file_seek_begin)) {
+    vp::CloseStream(stream);
+    return vp::ReportError(error);
+  }
   mStream = stream;
   mDescriptor = fd;
-  if (mode != file_read_text && mode != file_read_binary) vp::SetOwnerReadWrite(path);
+  // A file opened to be written is made writable for its owner; nobody loses access.
+  if (mode != file_read_text && mode != file_read_binary) vp::AddOwnerReadWrite(path);
   return 0;
 }
 
@@ -140,14 +145,15 @@ int MFileUniv::FClose() {
   if (mOverlapped) {
     vp::CancelHandleTransfers(mHandle);
     // A handle that cannot write has nothing to flush.
-    if (vp::HandleIsWritable(mHandle)) {
-      if (uint32_t error = vp::FlushHandle(mHandle)) return vp::ReportError(error);
-    }
-    if (uint32_t error = vp::CloseHandle(mHandle)) return vp::ReportError(error);
+    uint32_t error = vp::HandleIsWritable(mHandle) ? vp::FlushHandle(mHandle) : 0;
+    const uint32_t closeError = vp::CloseHandle(mHandle);
+    if (error == 0) error = closeError;
+    // Forgotten whatever the close gave: the system has let the number go,
+    // and another open may already have it.
     mHandle = -1;
     mOverlapped = false;
     ConcatCleanup(&mConcatInfo);
-    return 0;
+    return vp::ReportError(error);
   }
   if (!mStream) return -1;
   // The stream is closed even without a name, so that nothing written is lost.
@@ -311,37 +317,42 @@ int MFileUniv::FSetFileSize(long long size) { return vp::ReportError(vp::SetHand
 
 uint32_t MFileUniv::FReadOverlapped(long long offset, char* buffer, long count, OVERLAPPED* overlapped,
                                     void* event) {
-  if (offset < 0 || count < 0 || !buffer || !overlapped) return vp::SetLastErrorInvalidArgument();
-  mSectorLead = static_cast<long>(offset % kSectorSize);
-  PrepareRecord(overlapped, offset - mSectorLead, event);
+  // Arguments that no transfer can take are refused as the system refuses
+  // them, and take the same road: a warning, one retry, an error.
+  const bool valid = offset >= 0 && count >= 0 && buffer && overlapped;
+  mSectorLead = valid ? static_cast<long>(offset % kSectorSize) : 0;
   const long long length = (count + mSectorLead + kSectorSize - 1) / kSectorSize * kSectorSize;
-  char* start = buffer - mSectorLead;
+  char* start = valid ? buffer - mSectorLead : nullptr;
+  auto attempt = [&]() -> uint32_t {
+    if (!valid) return vp::kErrorInvalidArgument;
+    PrepareRecord(overlapped, offset - mSectorLead, event);
+    return vp::StartHandleTransfer(mHandle, false, start, static_cast<uint32_t>(length), overlapped, nullptr);
+  };
   const int sector = static_cast<int>(offset / kSectorSize);
-  uint32_t error = vp::StartHandleTransfer(mHandle, false, start, static_cast<uint32_t>(length),
-                                     overlapped, nullptr);
+  uint32_t error = attempt();
   if (IsPending(error)) return 0;
   MString text;
   text.Format(u"Retry ReadFile at sector %d due to Win32 error %d ..."_u16, sector, static_cast<int>(error));
-  CMessageAction::Warning(this, text);
-  error = vp::StartHandleTransfer(mHandle, false, start, static_cast<uint32_t>(length), overlapped,
-                            nullptr);
+  CMessageAction::Warning(nullptr, text);
+  error = attempt();
   if (IsPending(error)) return 0;
   text.Format(u"ReadFile at sector %d failed, Win32 error %d"_u16, sector, static_cast<int>(error));
-  CMessageAction::Error(this, text);
+  CMessageAction::Error(nullptr, text);
   return vp::SetLastErrorCode(error);
 }
 
 uint32_t MFileUniv::FWriteOverlapped(long long offset, char* buffer, long count, OVERLAPPED* overlapped,
                                      void* event) {
-  if (offset < 0 || count < 0 || !buffer || !overlapped) return vp::SetLastErrorInvalidArgument();
-  PrepareRecord(overlapped, offset, event);
-  uint32_t error = vp::StartHandleTransfer(mHandle, true, buffer, static_cast<uint32_t>(count),
-                                     overlapped, nullptr);
-  if (error == 0 || error == kErrorIoPending) return 0;
+  uint32_t error = vp::kErrorInvalidArgument;
+  if (offset >= 0 && count >= 0 && buffer && overlapped) {
+    PrepareRecord(overlapped, offset, event);
+    error = vp::StartHandleTransfer(mHandle, true, buffer, static_cast<uint32_t>(count), overlapped, nullptr);
+    if (error == 0 || error == kErrorIoPending) return 0;
+  }
   MString text;
   text.Format(u"WriteFile failed at sector %d, error %d"_u16, static_cast<int>(offset / kSectorSize),
               static_cast<int>(error));
-  CMessageAction::Error(this, text, 16);
+  CMessageAction::Error(nullptr, text, 16);
   return vp::SetLastErrorCode(error);
 }
 

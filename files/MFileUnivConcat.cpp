@@ -283,5 +283,5 @@ void MFileUniv::ConcatReportError(ConcatInfo* info) {
   if (text.empty()) return;
   MString message;
   message.ImportASCII(text.c_str(), -1);
-  CMessageAction::Error(this, message);
+  CMessageAction::Error(nullptr, message);
 }

@@ -231,10 +231,10 @@ uint32_t EndFileAtPosition(int fd) {
   return os::Truncate(fd, position);
 }
 
-uint32_t SetOwnerReadWrite(const unsigned short* path) {
+uint32_t AddOwnerReadWrite(const unsigned short* path) {
   PathBytes bytes(path);
   if (!bytes.Ok()) return bytes.Error();
-  return os::OwnerReadWriteOnly(bytes.Get());
+  return os::AddOwnerReadWrite(bytes.Get());
 }
 
 // ---- streams

@@ -1,5 +1,7 @@
 #include "platform/MessageQueue.h"
 
+#include "platform/internal/Thread.h"
+
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -47,9 +49,11 @@ struct Registry {
   std::mutex mutex;
   std::unordered_map<unsigned long, std::weak_ptr<MThreadQueueState>> queues;
 
+  // Never destroyed: a detached thread may still end (and unregister its
+  // queue) while the process runs its exit handlers.
   static Registry& Get() {
-    static Registry registry;
-    return registry;
+    static Registry* registry = new Registry;
+    return *registry;
   }
 };
 
@@ -70,11 +74,7 @@ struct ThreadQueueHolder {
   }
 };
 
-unsigned long ThreadId() {
-  static std::atomic<unsigned long> next{1};
-  thread_local unsigned long id = next++;
-  return id;
-}
+unsigned long ThreadId() { return vbu::platform::CurrentThreadId(); }
 
 std::shared_ptr<MThreadQueueState>& CurrentQueue() {
   thread_local ThreadQueueHolder holder;

@@ -44,8 +44,8 @@ uint32_t WriteDescriptor(int fd, const void* buffer, unsigned count);
 uint32_t SeekDescriptor(int fd, int64_t offset, int origin, int64_t* position = nullptr);
 // Ends the file at the descriptor's position, shorter or longer.
 uint32_t EndFileAtPosition(int fd);
-// Gives the file the permissions of its owner alone (read and write).
-uint32_t SetOwnerReadWrite(const unsigned short* path);
+// Adds read and write for the owner where they are missing; takes nothing away.
+uint32_t AddOwnerReadWrite(const unsigned short* path);
 
 // ---- streams over a descriptor; a stream owns its descriptor once made
 

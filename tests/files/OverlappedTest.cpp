@@ -124,24 +124,41 @@ TEST(Overlapped, WaitsTimeOutAndResetWhateverHappened) {
   EXPECT_FALSE(set.IsSet());
 }
 
-TEST(Overlapped, TransfersOnAClosedFileReportTheirCode) {
-  MFileUniv file;
-  Hearing hearing;
-  MEvent done;
-  OVERLAPPED record;
-  SectorBuffer memory(4096);
-  uint32_t read = file.FReadOverlapped(2048, memory.At(2048), 2048, &record, &done);
-  EXPECT_NE(read, 0u);
-  uint32_t written = file.FWriteOverlapped(2048, memory.At(0), 2048, &record, &done);
-  EXPECT_NE(written, 0u);
-  // One retry of the read, told as a warning, then its failure; the write fails at once, to window 16.
-  ASSERT_EQ(hearing.messages, (std::vector<long>{26001, 26000, 26040}));
-  auto number = [](uint32_t code) {
-    std::string digits = std::to_string(code);
-    return std::u16string(digits.begin(), digits.end());
-  };
-  EXPECT_EQ(hearing.texts[0], u"Retry ReadFile at sector 1 due to Win32 error " + number(read) + u" ...");
-  EXPECT_EQ(hearing.texts[1], u"ReadFile at sector 1 failed, Win32 error " + number(read));
-  EXPECT_EQ(hearing.texts[2], u"WriteFile failed at sector 1, error " + number(written));
-  EXPECT_FALSE(done.IsSet());
+TEST(Overlapped, RefusedTransfersWarnRetryAndReport) {
+  // A file that is not open, and an offset that no transfer can take: one
+  // retry of the read, told as a warning, then its failure; the write fails
+  // at once, to window 16. The library's messages carry no source.
+  TempFolder dir;
+  WriteAll(dir.Bytes("f"), std::string(8192, 'x'));
+  MFileUniv open;
+  ASSERT_EQ(open.FOpen(dir.Path("f"), MFile::file_overlapped_update), 0);
+  MFileUniv closed;
+  struct Row {
+    MFileUniv* file;
+    long long offset;
+    const char16_t* sector;
+  } rows[] = {{&closed, 2048, u"1"}, {&open, -2048, u"-1"}};
+  for (const Row& row : rows) {
+    Hearing hearing;
+    MEvent done;
+    OVERLAPPED record;
+    SectorBuffer memory(4096);
+    uint32_t read = row.file->FReadOverlapped(row.offset, memory.At(2048), 2048, &record, &done);
+    EXPECT_NE(read, 0u);
+    EXPECT_EQ(GetLastError(), read);
+    uint32_t written = row.file->FWriteOverlapped(row.offset, memory.At(0), 2048, &record, &done);
+    EXPECT_NE(written, 0u);
+    ASSERT_EQ(hearing.messages, (std::vector<long>{26001, 26000, 26040})) << row.offset;
+    auto number = [](uint32_t code) {
+      std::string digits = std::to_string(code);
+      return std::u16string(digits.begin(), digits.end());
+    };
+    const std::u16string sector = row.sector;
+    EXPECT_EQ(hearing.texts[0], u"Retry ReadFile at sector " + sector + u" due to Win32 error " + number(read) + u" ...");
+    EXPECT_EQ(hearing.texts[1], u"ReadFile at sector " + sector + u" failed, Win32 error " + number(read));
+    EXPECT_EQ(hearing.texts[2], u"WriteFile failed at sector " + sector + u", error " + number(written));
+    EXPECT_EQ(hearing.sources, (std::vector<void*>(3, nullptr)));
+    EXPECT_FALSE(done.IsSet());
+  }
+  EXPECT_EQ(open.FClose(), 0);
 }

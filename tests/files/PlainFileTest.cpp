@@ -3,6 +3,9 @@
 #include <VantoroBasicUtils/files/MFileUniv.h>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
 
 #include "support/TempFolder.h"
 
@@ -41,16 +44,21 @@ TEST(PlainFile, EveryModeOpensAsItsRowSays) {
       {MFile::file_append_text, true, "old\nnew\r\n"},
       {MFile::file_update_binary, true, "new\n"},
   };
+  using std::filesystem::perms;
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  const perms created = static_cast<perms>(0666 & ~mask);
+  auto permissions = [&] { return std::filesystem::status(dir.Bytes("f")).permissions() & perms::all; };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.mode);
     std::filesystem::remove(dir.Bytes("f"));
     ASSERT_EQ(WriteWith(dir.Path("f"), row.mode, "new\n"), 0) << "creates a missing file";
+    EXPECT_EQ(permissions(), created) << "as every program's new files";
     WriteAll(dir.Bytes("f"), "old\n");
+    std::filesystem::permissions(dir.Bytes("f"), static_cast<perms>(0640));
     ASSERT_EQ(WriteWith(dir.Path("f"), row.mode, "new\n"), 0);
     EXPECT_EQ(ReadAll(dir.Bytes("f")), row.afterWriteOverOld);
-    // Files written are the owner's alone.
-    EXPECT_EQ(std::filesystem::status(dir.Bytes("f")).permissions() & std::filesystem::perms::all,
-              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    EXPECT_EQ(permissions(), static_cast<perms>(0640)) << "the group keeps its access";
   }
   // Reading modes need the file, and leave it alone.
   MFileUniv reader;

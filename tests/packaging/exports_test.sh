@@ -29,12 +29,26 @@ for name in 'Handle::Resize' 'StPointerBlock::StPointerBlock' 'UMemUtils::memcpy
             'MFileSpecWin::CreateUniqueFileSpec' 'MFileSpecWin::IsDriveReadOnly' 'MFile::FileExist' 'vtable for MFile' \
             'MFileUniv::FReadOverlapped' 'MFileUniv::FWaitOverlappedCompletion' 'MFileUniv::ConcatFile' \
             'MFileUniv::FNativeGetts' 'ConcatCompletionRoutine' 'AsyncReadBuffer::ReadBuffer' 'MEvent::Wait' \
-            'GetLastError' 'vbu::ShowMessageBox' 'vbu::SetTransferRoute' 'CThreadStatus::AdvancePosition' 'CThreadStatus::sThreadStatus'; do
+            'MFiles::FWrite' 'MFiles::DoSwitchToInfoFile' 'MFiles::IsBrevanderMFiles' 'MFiles::FReadOverlapped' \
+            'MDirectory::GetDiskFreeSpaceW' 'DeleteDirectory' 'UFileUtils::DeleteDir' 'CFileQuery::CFileQuery' \
+            'CScriptFile::GetListMember' 'CScriptFile::GetToken' \
+            'GetLastError' 'vbu::ShowMessageBox' 'vbu::SetTransferRoute' 'vbu::SetFileChooser' 'vbu::GetFileChooser' \
+            'CBrevanderProfile::SetAppProfile' 'CBrevanderProfile::GetProfileInt3' 'CBrevanderProfile::sProfilePath' \
+            'CBrevanderDirectories::GetAppProfile' 'CBrevanderDirectories::GetEncodedJacketDataDirectory' \
+            'CVersionControl::gVersionControl' 'CVersionControl::IsSupportEnhancedDVD' 'kVantoroStandardID' \
+            'CSharedLibrary::LoadFunction' 'MFileDialog::sLastFile' 'MFileDialog::AddFilters' \
+            'MFileSaveDialogWin::AppendFilterExtension' 'CPathFileDialog::OnTypeChange' 'typeinfo for vbu::FileChooser' 'vbu::FileChooserResult::SetPathName' 'CThreadStatus::AdvancePosition' 'CThreadStatus::sThreadStatus' \
+            'CBrevanderThread::Execute' 'CBrevanderThread::GetStatusPosition' 'vtable for CBrevanderThread' \
+            'MBrevanderTaskBase::IsStop' 'CThreadAction::sThreadAction' 'CThreadAction::FindThread(unsigned int)' \
+            'CThreadDispatcher::GetThreadDispatcher' 'CThreadDispatcher::sThreadDispatcher' 'CBrevanderWinThread::Quit' \
+            'gIdleProcesses' 'CIdleProcesses::ExecuteAll' 'CIdleProcess::Execute' 'COperation::Execute' \
+            'COperationList::addOperation' 'COperationList::Undo' 'MThread::SuspendThread' 'MThread::ClaimMainThread' \
+            'BeginThread'; do
   if ! grep -qF -- "$name" <<<"$symbols"; then
     echo "not exported: $name"; fail=1
   fi
 done
-for pattern in 'vbu::wtext' 'vbu::platform' 'vbu::text' 'anonymous namespace' 'MoveBytes' 'EffectiveSize' 'LArrayOrdering' 'MThreadQueueState' 'ToSystemBytes' 'io_uring' 'PathBytes'; do
+for pattern in 'vbu::wtext' 'vbu::platform' 'vbu::text' 'anonymous namespace' 'MoveBytes' 'EffectiveSize' 'LArrayOrdering' 'MThreadQueueState' 'ToSystemBytes' 'io_uring' 'PathBytes' 'ApplySetting' 'CancellingChooser' 'MThreadRunner' 'MThreadControl'; do
   if grep -qF -- "$pattern" <<<"$symbols"; then
     echo "internal symbol exported:"; grep -F -- "$pattern" <<<"$symbols" | head -n5; fail=1
   fi

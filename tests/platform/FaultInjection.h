@@ -36,10 +36,12 @@
 //
 // A failed call sets errno and gives the entry's failure result: null for
 // calloc, kMapFailed for mmap, (void*)-1 for iconv_open, (size_t)-1 for
-// iconv, the error itself for fadvise, minus the error for the io_uring
-// entries, and -1 for the rest. close, munmap and iconv_close release their
-// object first, as the system does when they fail. free is never failed
-// (it cannot fail) nor counted.
+// iconv, null for opendir, readdir, dlopen and dlsym, the error itself for
+// the entries that give it (fadvise, the thread entries, getpwuid_r), minus
+// the error for the io_uring entries, and -1 for the rest. close, munmap,
+// iconv_close, closedir and dlclose release their object first, as the
+// system does when they fail. free, futex_wait, futex_wake, getpid and
+// getuid cannot fail: they are neither failed nor counted.
 #pragma once
 
 #include <dirent.h>
@@ -180,9 +182,28 @@ class StSysCallFaults : public StSysCallTable {
     VBU_FAULT_ENTRY(io_uring_queue_init, -fault_detail::sState.error);
     VBU_FAULT_ENTRY(io_uring_submit, -fault_detail::sState.error);
     VBU_FAULT_ENTRY(io_uring_wait_cqe, -fault_detail::sState.error);
+    VBU_FAULT_ENTRY(link, -1);
+    VBU_FAULT_ENTRY(lstat, -1);
+    VBU_FAULT_ENTRY(chdir, -1);
+    VBU_FAULT_ENTRY(rmdir, -1);
+    VBU_FAULT_ENTRY(opendir, static_cast<void*>(nullptr));
+    VBU_FAULT_ENTRY(readdir, static_cast<struct ::dirent*>(nullptr));
+    VBU_FAULT_RELEASE(closedir);
+    VBU_FAULT_ENTRY(thread_create, fault_detail::sState.error);
+    VBU_FAULT_ENTRY(thread_kill, fault_detail::sState.error);
+    VBU_FAULT_ENTRY(thread_unblock_signal, fault_detail::sState.error);
+    VBU_FAULT_ENTRY(sigaction, -1);
+    VBU_FAULT_ENTRY(mkdir, -1);
+    VBU_FAULT_ENTRY(rename, -1);
+    VBU_FAULT_ENTRY(readlink, -1);
+    VBU_FAULT_ENTRY(getpwuid_r, fault_detail::sState.error);
+    VBU_FAULT_ENTRY(dlopen, static_cast<void*>(nullptr));
+    VBU_FAULT_ENTRY(dlsym, static_cast<void*>(nullptr));
+    VBU_FAULT_RELEASE(dlclose);
+    // free, futex_wait, futex_wake, getpid and getuid cannot fail: neither failed nor counted.
 #undef VBU_FAULT_ENTRY
 #undef VBU_FAULT_RELEASE
-    static_assert(sizeof(vbu::platform::SysCalls) == 28 * sizeof(void*),
+    static_assert(sizeof(vbu::platform::SysCalls) == 50 * sizeof(void*),
                   "a new entry of the system-call table: wrap it above, and count it here");
     fault_detail::sState.armed = true;
   }

@@ -12,6 +12,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <vector>
 
 #include "platform/FaultInjection.h"
 #include "support/TempFolder.h"
@@ -89,6 +90,7 @@ TEST_F(JoinFaults, ASourceThatCannotBeReadStopsTheJoinWithTheSystemsText) {
   }
   ASSERT_EQ(hearing.messages, std::vector<long>{26000});
   EXPECT_EQ(hearing.texts[0], SystemText(EIO));
+  EXPECT_EQ(hearing.sources[0], nullptr) << "the library's own messages carry no source";
   // The first source, and the first piece of the second, are on the disc.
   std::string disc = Disc();
   EXPECT_EQ(disc.substr(0, 6144), first + std::string(1144, '\0'));
@@ -219,4 +221,31 @@ TEST(ReadOnlyVolumes, AFileIsJudgedByTheFreeSpaceOfItsFolderAlone) {
   EXPECT_FALSE(MFileSpecWin::CreateUniqueFileSpec(source, u".tmp"_u16, &result));
   EXPECT_EQ(Text(result.GetFilePath()), u"/kept");
   EXPECT_EQ(hearing.messages, std::vector<long>{26000});
+}
+
+TEST(FileFaults, AFailedCloseLetsTheNumberGo) {
+  // The system lets a descriptor go even when its close fails: the file must
+  // not close that number again later, when another open may hold it.
+  static std::vector<int> closed;
+  closed.clear();
+  TempFolder dir;
+  for (MFile::file_open_t mode : {MFile::file_overlapped_create, MFile::file_create_binary}) {
+    int number = -1;
+    {
+      MFileUniv file;
+      ASSERT_EQ(file.FOpen(dir.Path("f"), mode), 0);
+      StSysCallTable table;
+      vp::Sys().close = [](int fd) {
+        closed.push_back(fd);
+        vp::DefaultSysCalls().close(fd);
+        return errno = EIO, -1;
+      };
+      EXPECT_EQ(file.FClose(), -1) << mode;
+      ASSERT_EQ(closed.size(), 1u) << mode;
+      number = closed[0];
+      EXPECT_EQ(file.FClose(), -1) << "nothing left to close";
+    }  // the destructor closes nothing either
+    EXPECT_EQ(closed, std::vector<int>{number}) << mode;
+    closed.clear();
+  }
 }

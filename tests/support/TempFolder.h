@@ -79,11 +79,13 @@ class Hearing : public LListener {
     } else if (message >= kMsgInteractionBase && message < kMsgInteractionBase + 60) {
       messages.push_back(message);
       texts.push_back(Text(static_cast<InteractionRecord*>(param)->text));
+      sources.push_back(static_cast<InteractionRecord*>(param)->source);
     }
     return true;
   }
   std::vector<long> messages;  // 26000 + 10 * window + kind
   std::vector<std::u16string> texts;
+  std::vector<void*> sources;  // the library's own messages carry none
   std::vector<int> masks;      // of progress records
   long long advanced = 0;      // sum of their positions
 };

@@ -1,0 +1,16 @@
+// UFileUtils.h: removal of the files under a folder.
+//
+//   if (!UFileUtils::DeleteDir(folder)) ...   // a subfolder, or a file in use, stays
+#pragma once
+
+#include <VantoroBasicUtils/platform/Export.h>
+
+class VBU_API UFileUtils {
+ public:
+  // Removes every file that a CFileQuery on `path` lists, going on past
+  // failures (each one reported as a warning); true when all went. Folders
+  // stay; a link to a folder is removed as a link, its folder is not entered.
+  static bool DeleteAllFilesUnderDir(unsigned short* path);
+  // DeleteAllFilesUnderDir, then the folder itself, which must then be empty.
+  static bool DeleteDir(unsigned short* path);
+};

@@ -1,0 +1,272 @@
+#include "platform/Thread.h"
+
+#include <atomic>
+#include <cerrno>
+#include <mutex>
+
+#include "platform/internal/Errors.h"
+#include "platform/Overlapped.h"
+#include "platform/internal/SysCalls.h"
+#include "platform/internal/Thread.h"
+
+// What a thread object and its system thread share. It outlives whichever
+// of the two ends first.
+struct MThreadControl {
+  std::atomic<uint32_t> holds{1};  // the thread waits while this is above 0; 1 is the hold at its start
+  std::atomic<uint32_t> heard{0};  // bumped each time the thread takes the hold signal, and at its end
+  std::atomic<uint32_t> ready{0};  // 1 once the thread is set up and waits at its start
+  std::mutex mutex;                // guards the fields below, and signalling against the thread's end
+  MThread* object = nullptr;       // null once deleted, or handed to the thread for deletion
+  uint64_t handle = 0;
+  unsigned long id = 0;
+  bool created = false;
+  bool running = false;    // past its start
+  bool abandoned = false;  // the object died before the thread ran: it runs nothing
+  bool ended = false;
+};
+
+namespace vbu::platform {
+namespace {
+
+std::atomic<unsigned long> gNextThreadId{1};
+std::atomic<unsigned long> gMainThreadId{0};
+thread_local unsigned long tThreadId = 0;
+// The control of the calling thread if an MThread runs it; read by the signal handler.
+thread_local MThreadControl* tControl = nullptr;
+
+// Waits while the calling thread is held. `announce`: in the hold signal's
+// handler, where each turn tells the holder that the thread has stopped.
+void HoldWhileSuspended(bool announce);
+
+}  // namespace
+}  // namespace vbu::platform
+
+#if defined(__linux__)
+#include "linux/Thread.inc"
+#else
+#error "threads: no implementation for this system"
+#endif
+
+namespace vbu::platform {
+
+unsigned long CurrentThreadId() {
+  if (!tThreadId) tThreadId = gNextThreadId.fetch_add(1, std::memory_order_relaxed);
+  return tThreadId;
+}
+
+unsigned long ReserveThreadId() { return gNextThreadId.fetch_add(1, std::memory_order_relaxed); }
+
+void AdoptThreadId(unsigned long id) { tThreadId = id; }
+
+namespace {
+
+void HoldWhileSuspended(bool announce) {
+  MThreadControl* control = tControl;
+  if (!control) return;  // not one of ours
+  for (;;) {
+    if (announce) {
+      control->heard.fetch_add(1, std::memory_order_release);
+      WakeAll(control->heard);
+    }
+    const uint32_t holds = control->holds.load(std::memory_order_acquire);
+    if (holds == 0) return;
+    WaitWhile(control->holds, holds);
+  }
+}
+
+}  // namespace
+}  // namespace vbu::platform
+
+using namespace vbu::platform;
+
+struct MThreadRunner {
+  static void* Start(void* arg) {
+    auto* handed = static_cast<std::shared_ptr<MThreadControl>*>(arg);
+    std::shared_ptr<MThreadControl> control = std::move(*handed);
+    delete handed;
+    AdoptThreadId(control->id);
+    tControl = control.get();
+    AcceptSuspendSignal();
+    MThreadQueue::WaitMessage(0);  // makes the thread's queue: posts reach it from now on
+    control->ready.store(1, std::memory_order_release);
+    WakeAll(control->ready);
+
+    HoldWhileSuspended(false);  // held back until the first ResumeThread
+    MThread* self = nullptr;
+    {
+      std::lock_guard<std::mutex> lock(control->mutex);
+      if (!control->abandoned) self = control->object;
+      control->running = true;
+    }
+    if (self) {
+      if (self->mEntry) {
+        self->mEntry(self->mParam);
+      } else if (self->InitInstance()) {
+        self->Run();
+      } else {
+        self->ExitInstance();
+      }
+      MThread* done = nullptr;
+      {
+        std::lock_guard<std::mutex> lock(control->mutex);
+        if (control->object && control->object->mAutoDelete) std::swap(done, control->object);
+      }
+      delete done;
+    }
+    {
+      std::lock_guard<std::mutex> lock(control->mutex);
+      control->ended = true;
+    }
+    control->heard.fetch_add(1, std::memory_order_release);
+    WakeAll(control->heard);
+    tControl = nullptr;
+    return nullptr;
+  }
+};
+
+// ---- MThread
+
+MThread::MThread(Entry entry, void* param)
+    : mControl(std::make_shared<MThreadControl>()), mEntry(entry), mParam(param), mThreadId(0), mAutoDelete(true) {}
+
+MThread::MThread() : MThread(nullptr, nullptr) {}
+
+MThread::~MThread() {
+  std::lock_guard<std::mutex> lock(mControl->mutex);
+  if (mControl->object == this) mControl->object = nullptr;
+  if (mControl->created && !mControl->running) {
+    mControl->abandoned = true;
+    mControl->holds.store(0, std::memory_order_release);
+    WakeAll(mControl->holds);
+  }
+}
+
+bool MThread::CreateThread(bool suspended) {
+  MThreadControl& control = *mControl;
+  {
+    std::lock_guard<std::mutex> lock(control.mutex);
+    if (control.created) {
+      SetLastError(ErrorFromErrno(EINVAL));
+      return false;
+    }
+    control.created = true;
+    control.object = this;
+    control.id = ReserveThreadId();
+  }
+  auto* handed = new std::shared_ptr<MThreadControl>(mControl);
+  uint64_t handle = 0;
+  if (int error = StartSystemThread(&handle, &MThreadRunner::Start, handed)) {
+    delete handed;
+    std::lock_guard<std::mutex> lock(control.mutex);
+    control.created = false;
+    control.object = nullptr;
+    SetLastError(ErrorFromErrno(error));
+    return false;
+  }
+  {
+    std::lock_guard<std::mutex> lock(control.mutex);
+    control.handle = handle;
+  }
+  mThreadId = control.id;
+  while (control.ready.load(std::memory_order_acquire) == 0) WaitWhile(control.ready, 0);
+  if (!suspended) ResumeThread();
+  return true;
+}
+
+long MThread::SuspendThread() {
+  MThreadControl& control = *mControl;
+  const bool self = tControl == &control;
+  uint32_t before, heard;
+  {
+    std::lock_guard<std::mutex> lock(control.mutex);
+    if (!control.created || control.ended) {
+      SetLastError(ErrorFromErrno(ESRCH));
+      return -1;
+    }
+    heard = control.heard.load(std::memory_order_acquire);
+    before = control.holds.fetch_add(1, std::memory_order_acq_rel);
+    // A thread at its start, or held already, needs no signal. The signal
+    // goes under the lock, so the thread cannot have ended meanwhile.
+    if (before == 0 && !self) {
+      if (int error = SignalThread(control.handle)) {
+        control.holds.fetch_sub(1, std::memory_order_acq_rel);
+        SetLastError(ErrorFromErrno(error));
+        return -1;
+      }
+    }
+  }
+  if (before == 0) {
+    if (self) {
+      SignalThread(control.handle);  // the handler holds this very thread until it is let go
+    } else {
+      while (control.heard.load(std::memory_order_acquire) == heard) WaitWhile(control.heard, heard);
+    }
+  }
+  return static_cast<long>(before);
+}
+
+long MThread::ResumeThread() {
+  MThreadControl& control = *mControl;
+  std::lock_guard<std::mutex> lock(control.mutex);
+  if (!control.created || control.ended) {
+    SetLastError(ErrorFromErrno(ESRCH));
+    return -1;
+  }
+  const uint32_t before = control.holds.load(std::memory_order_acquire);
+  if (before == 0) return 0;
+  control.holds.store(before - 1, std::memory_order_release);
+  if (before == 1) WakeAll(control.holds);
+  return static_cast<long>(before);
+}
+
+unsigned long MThread::GetMainThreadId() { return gMainThreadId.load(std::memory_order_acquire); }
+
+void MThread::SetMainThreadId(unsigned long threadId) { gMainThreadId.store(threadId, std::memory_order_release); }
+
+unsigned long MThread::ClaimMainThread() {
+  unsigned long main = 0;
+  const unsigned long self = CurrentThreadId();
+  return gMainThreadId.compare_exchange_strong(main, self, std::memory_order_acq_rel) ? self : main;
+}
+
+bool MThread::IsMainThread() {
+  const unsigned long main = GetMainThreadId();
+  return main != 0 && main == CurrentThreadId();
+}
+
+bool MThread::InitInstance() { return true; }
+
+int MThread::Run() {
+  long idleCount = 0;
+  bool idle = true;
+  for (;;) {
+    while (idle && !MThreadQueue::WaitMessage(0)) idle = OnIdle(idleCount++);
+    MMessage message;
+    if (!MThreadQueue::GetMessage(message)) break;
+    if (message.window) {
+      MThreadQueue::DispatchMessage(message);
+    } else {
+      OnThreadMessage(message.message, message.wParam, message.lParam);
+    }
+    idle = true;
+    idleCount = 0;
+  }
+  return ExitInstance();
+}
+
+bool MThread::OnThreadMessage(unsigned int, uintptr_t, intptr_t) { return false; }
+
+bool MThread::OnIdle(long) { return false; }
+
+int MThread::ExitInstance() { return 0; }
+
+MThread* BeginThread(MThread::Entry entry, void* param, bool suspended) {
+  auto* thread = new MThread(entry, param);
+  if (!thread->CreateThread(suspended)) {
+    const uint32_t error = GetLastError();
+    delete thread;
+    SetLastError(error);
+    return nullptr;
+  }
+  return thread;
+}

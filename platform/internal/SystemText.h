@@ -1,0 +1,23 @@
+// SystemText.h: text as the system's calls give and take it (bytes in the
+// system code page, UTF-8 here), to and from 16-bit text held in a string.
+// Internal; never installed.
+//
+//   std::u16string home = vbu::platform::FromSystemBytes(record->pw_dir, std::strlen(record->pw_dir));
+//   std::string line = vbu::platform::ToSystemBytes(u"Bitrate=128");
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace vbu::platform {
+
+// 16-bit text held as char16_t, seen as the layer's units (one representation).
+inline const unsigned short* AsUnits(const char16_t* text) { return reinterpret_cast<const unsigned short*>(text); }
+inline unsigned short* AsUnits(char16_t* text) { return reinterpret_cast<unsigned short*>(text); }
+
+// `count` bytes as text; bytes that are no character become U+FFFD.
+std::u16string FromSystemBytes(const char* bytes, std::size_t count);
+// Terminated text as bytes; null gives none.
+std::string ToSystemBytes(const char16_t* text);
+
+}  // namespace vbu::platform

@@ -1,0 +1,245 @@
+#include "tasks/CBrevanderThread.h"
+
+#include <typeinfo>
+
+#include "messaging/CMessageAction.h"
+#include "platform/Overlapped.h"
+#include "platform/Thread.h"
+#include "platform/internal/Thread.h"
+#include "tasks/CThreadAction.h"
+#include "tasks/CThreadDispatcher.h"
+
+using namespace vbu::literals;
+
+CBrevanderThread::CBrevanderThread(bool selfDestroy)
+    : mThreadId(0),
+      mThreadType(0),
+      mSelfDestroy(selfDestroy),
+      mWorkerThread(false),
+      mSingleRun(false),
+      mCanKill(true),
+      mCanceled(false),
+      mPaused(false),
+      mHasProgress(false),
+      mRange(0),
+      mPos(0),
+      mWinThread(nullptr),
+      mVisible(true),
+      mShouldStart(true),
+      mStarted(false),
+      mProgressStartTime(0),
+      mLastEstimateTime(0),
+      mLastPosition(0),
+      mAverageProgress(0),
+      mStableEstimateCount(0),
+      mResult(false),
+      mEnded(false) {}
+
+CBrevanderThread::CBrevanderThread(const CBrevanderThread& other)
+    : LBroadcaster(other), mWinThread(nullptr), mEnded(false) {
+  *this = other;
+}
+
+CBrevanderThread& CBrevanderThread::operator=(const CBrevanderThread& other) {
+  if (this == &other) return *this;
+  LBroadcaster::operator=(other);
+  mThreadId = other.mThreadId.load();
+  mThreadType = other.mThreadType;
+  mSelfDestroy = other.mSelfDestroy;
+  mWorkerThread = other.mWorkerThread;
+  mSingleRun = other.mSingleRun;
+  mCanKill = other.mCanKill;
+  mCanceled = other.mCanceled.load();
+  mPaused = other.mPaused.load();
+  mHasProgress = other.mHasProgress;
+  mRange = other.mRange.load();
+  mPos = other.mPos.load();
+  mDescription = other.mDescription;
+  mStatus = other.mStatus;
+  mDetail = other.mDetail;
+  mVisible = other.mVisible;
+  mShouldStart = other.mShouldStart.load();
+  mStarted = other.mStarted.load();
+  mProgressStartTime = other.mProgressStartTime;
+  mLastEstimateTime = other.mLastEstimateTime;
+  mLastPosition = other.mLastPosition;
+  mAverageProgress = other.mAverageProgress;
+  mStableEstimateCount = other.mStableEstimateCount;
+  mResult = other.mResult;
+  return *this;
+}
+
+CBrevanderThread::~CBrevanderThread() {
+  delete mWinThread.exchange(nullptr);
+  BroadcastMessage(kMsgTaskDestroyed, this);
+}
+
+bool CBrevanderThread::PrePlay() {
+  if (!mWorkerThread) mThreadId = static_cast<unsigned int>(MThreadQueue::CurrentThreadId());
+  return true;
+}
+
+void CBrevanderThread::Start() {
+  if (!ShouldStart()) {
+    Finish(true);
+    return;
+  }
+  // Held back until the fields below are set, so the task's code sees them.
+  auto* thread = new MThread(&ThreadEntry, this);
+  if (!thread->CreateThread(true)) {
+    const uint32_t error = GetLastError();
+    delete thread;
+    MString text;
+    text.Format(u"The task \"%s\" could not start a thread of its own (system error %d)."_u16,
+                static_cast<const unsigned short*>(GetDescription()), static_cast<int>(error));
+    CMessageAction::Error(this, text, 0);
+    Finish(true);
+    return;
+  }
+  mWinThread = thread;
+  mThreadId = static_cast<unsigned int>(thread->GetThreadId());
+  mStarted = true;
+  thread->ResumeThread();  // from here on the task may end, and go, at any moment
+}
+
+bool CBrevanderThread::ShouldStart() { return mShouldStart; }
+
+void CBrevanderThread::RunSelf() {}
+
+void CBrevanderThread::PostPlay() {}
+
+long long CBrevanderThread::GetRange() { return mRange; }
+
+long long CBrevanderThread::GetPos() { return mPos; }
+
+MString& CBrevanderThread::GetDescription() {
+  if (mDescription.GetLength() == 0) {
+    mDescription.ImportASCII(vbu::platform::TypeName(typeid(*this)).c_str(), -1);
+  }
+  return mDescription;
+}
+
+MString& CBrevanderThread::GetStatus() { return mStatus; }
+
+MString& CBrevanderThread::GetDetail() { return mDetail; }
+
+long CBrevanderThread::GetLastEstimateTime() { return mLastEstimateTime; }
+
+long long CBrevanderThread::GetLastPosition() { return mLastPosition; }
+
+long CBrevanderThread::GetAverageProgress() { return mAverageProgress; }
+
+long CBrevanderThread::GetProgressStartTime() { return mProgressStartTime; }
+
+long CBrevanderThread::GetStableEstimateCount() { return mStableEstimateCount; }
+
+void CBrevanderThread::Pause() {
+  CSingleLock guard(&mThreadGuard, true);
+  MThread* thread = mWinThread;
+  if (!mCanKill || !thread || mPaused) return;
+  if (thread->GetThreadId() == MThreadQueue::CurrentThreadId()) {
+    // The worker pauses itself: it must not hold the guard while it waits,
+    // or Continue could never come.
+    mPaused = true;
+    guard.Unlock();
+    thread->SuspendThread();
+    return;
+  }
+  if (thread->SuspendThread() >= 0) mPaused = true;
+}
+
+void CBrevanderThread::Continue() {
+  CSingleLock guard(&mThreadGuard, true);
+  MThread* thread = mWinThread;
+  if (!mCanKill || !thread || !mPaused) return;
+  mPaused = false;
+  thread->ResumeThread();
+}
+
+bool CBrevanderThread::KillSelf() { return false; }
+
+void CBrevanderThread::PassInformation(CBrevanderThread*) {}
+
+unsigned int CBrevanderThread::GetThreadId() { return mThreadId; }
+
+bool CBrevanderThread::Execute() {
+  // Each Execute is a new run of the task.
+  mEnded = false;
+  const bool worker = mWorkerThread;
+  mStarted = !worker;  // a task without a worker is under way from here on: Abort does not end it
+  if (!PrePlay()) {
+    delete this;
+    return false;
+  }
+  CThreadAction* list = CThreadAction::GetThreadAction();
+  if (worker) {
+    // Onto the list and started under one hold of the list's lock, so that
+    // tasks of a class wait in the order in which they arrived.
+    CSingleLock lock(&list->mSection, true);
+    list->AddThread(this);
+    list->Start(this);
+    return true;
+  }
+  list->AddThread(this);
+  ThreadEntry(this);
+  return true;
+}
+
+void CBrevanderThread::Abort() {
+  mShouldStart = false;
+  bool started;
+  {
+    // The list starts tasks under this lock: a task is either started, and
+    // goes on, or it never will be, and ends here.
+    CSingleLock lock(&CThreadAction::GetThreadAction()->mSection, true);
+    started = mStarted;
+  }
+  if (!started) Finish(false);
+}
+
+void CBrevanderThread::Kill() {
+  if (mCanKill && !mCanceled) mCanceled = KillSelf();
+}
+
+void CBrevanderThread::Finish(bool runPostPlay) {
+  if (mEnded.exchange(true)) return;  // an Abort that met a refused start: the end runs once
+  {
+    CSingleLock guard(&mThreadGuard, true);
+    mWinThread = nullptr;
+  }
+  if (mWorkerThread && !MThread::IsMainThread()) {
+    if (mSelfDestroy) {
+      // PostPlay and deletion belong to the user-interface thread.
+      if (CThreadDispatcher::PostFinished(this)) return;
+    } else {
+      CleanUp(runPostPlay);
+      BroadcastMessage(kMsgTaskFinished, this);
+      return;
+    }
+  }
+  CleanUp(runPostPlay);
+}
+
+void CBrevanderThread::CleanUp(bool runPostPlay) {
+  if (runPostPlay) PostPlay();
+  BroadcastMessage(kMsgTaskCleanUp, this);
+  // Read before the removal: from then on the owner of a kept task may delete it.
+  const bool selfDestroy = mSelfDestroy;
+  CThreadAction::GetThreadAction()->RemoveThread(this);
+  if (selfDestroy) delete this;
+}
+
+bool CBrevanderThread::CanKill() { return mCanKill && mWinThread != nullptr; }
+
+int CBrevanderThread::GetStatusPosition() {
+  const double unit = static_cast<double>(mRange) * 0.0009765625;
+  if (unit == 0.0) return 0;
+  return static_cast<int>(static_cast<double>(mPos) / unit);
+}
+
+unsigned int CBrevanderThread::ThreadEntry(void* task) {
+  auto* self = static_cast<CBrevanderThread*>(task);
+  self->RunSelf();
+  self->Finish(true);
+  return 0;
+}

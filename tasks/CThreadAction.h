@@ -1,0 +1,74 @@
+// CThreadAction.h: the process-wide list of tasks. Every task that gets past
+// PrePlay stands on it from Execute until CleanUp. It answers the host's
+// questions (how many tasks, the first visible one, is a kind of task under
+// way) and keeps the one scheduling rule: of the single-run tasks, at most
+// one of each class runs at a time, and the others wait in order of arrival.
+//
+//   CThreadAction::GetThreadAction()->AddListener(&myTaskWindow);   // hears 29000 and 29001
+//   if (CThreadAction::GetThreadAction()->IsThreadTypeRunning(kBurnTask)) ...
+#pragma once
+
+#include <VantoroBasicUtils/containers/LArray.h>
+#include <VantoroBasicUtils/messaging/LBroadcaster.h>
+#include <VantoroBasicUtils/platform/Export.h>
+#include <VantoroBasicUtils/platform/Sync.h>
+
+class CBrevanderThread;
+
+// Sent on the list's broadcaster with the task as param, under the list's lock.
+constexpr long kMsgThreadAdded = 29000;    // at the end of AddThread
+constexpr long kMsgThreadRemoved = 29001;  // at the end of RemoveThread
+
+// All operations hold mSection, a lock that the holding thread may take
+// again: a listener of 29000 or 29001, and an overriding Start or
+// PassInformation, may start, abort or look up tasks, but must not wait for
+// another thread that may itself call into the list. Listeners run on the
+// thread that made the call, which can be a worker thread. Tasks are two of
+// one class when their most derived classes are the same.
+class VBU_API CThreadAction : public LBroadcaster {
+ public:
+  CThreadAction();
+  // Neither waits for nor deletes the tasks still on the list.
+  ~CThreadAction() override;
+
+  // The one instance.
+  static CThreadAction* GetThreadAction();
+
+  // Appends the task (and to the visible list if it is visible), then sends kMsgThreadAdded.
+  void AddThread(CBrevanderThread* task);
+  // Takes the task off every list; a running single-run task hands over to
+  // the longest-waiting one of its class (PassInformation, then its Start).
+  // Then sends kMsgThreadRemoved.
+  void RemoveThread(CBrevanderThread* task);
+  // Starts a worker task, or leaves a single-run one waiting behind a
+  // running task of its class. A task no longer on the list is left alone.
+  void Start(CBrevanderThread* task);
+
+  // The first running (waiting) task of the same class as `task`, or null.
+  CBrevanderThread* FindRunningThread(CBrevanderThread* task);
+  CBrevanderThread* FindWaitingThread(CBrevanderThread* task);
+  // The first task on `list` of the same class as `task` (itself included), or null.
+  CBrevanderThread* FindThread(LList* list, CBrevanderThread* task);
+  // The first running single-run task whose GetThreadId is `threadId`, or null.
+  CBrevanderThread* FindThread(unsigned int threadId);
+  // The first task whose GetDescription equals `description` (case matters), or null.
+  CBrevanderThread* FindThread(unsigned short* description);
+  CBrevanderThread* GetFirstVisibleThread();
+  long GetVisibleCount();
+  long GetThreadCount();
+  // The task at 1-based `position`, or null. A count read earlier may be stale by now.
+  CBrevanderThread* GetThread(long position);
+  // The position of the first task of `type` (GetThreadType), waiting ones too; 0 if none.
+  long IsThreadTypeRunning(long type);
+
+ private:
+  friend class CBrevanderThread;  // Execute adds and starts under one hold; Abort looks under it
+
+  LList mThreads;         // every task, in order of arrival
+  LList mVisibleThreads;  // those visible on arrival
+  LList mRunningThreads;  // single-run worker tasks that have been started
+  LList mWaitingThreads;  // single-run worker tasks held back by a running one of their class
+  CCriticalSection mSection;
+
+  static CThreadAction sThreadAction;
+};

@@ -1,0 +1,438 @@
+// The numbered settings and the settings file: a first start writes the
+// whole set in order and a second changes no byte; hand-edited files read as
+// the desktop platform reads them; writes keep every other line.
+#include <VantoroBasicUtils/environment/CBrevanderDirectories.h>
+#include <VantoroBasicUtils/environment/CBrevanderProfile.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <thread>
+#include <vector>
+#include <string>
+
+#include "support/TempFolder.h"
+
+using namespace vbu::literals;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::u16string S(const MString& text) { return Text(text); }
+const unsigned short* U(const char16_t* text) { return vbu::ToUnits(text); }
+
+class Profile : public CBrevanderProfile {
+ public:
+  static void Initialize() { InitializeProfileValue(); }
+};
+
+// Each test has a settings file of its own, and leaves none set.
+class Settings : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ini = dir.Bytes("app.ini");
+    CBrevanderProfile::SetProfilePath(dir.Path("app.ini"));
+  }
+  void TearDown() override { CBrevanderProfile::SetProfilePath(nullptr); }
+  TempFolder dir;
+  std::string ini;
+};
+
+const char kFirstStart[] =
+    "[Vantoro]\r\n"
+    "1=0\r\n"
+    "2=0\r\n"
+    "3=0\r\n"
+    "Vantoro Name=Vantoro\r\n"
+    "[Preference]\r\n"
+    "Open Recent=0\r\n"
+    "Zoom=0\r\n"
+    "[Explorer]\r\n"
+    "View Style=3\r\n"
+    "Video Filter=*.mpeg;*.mpg;*.mpv;*.avi;*.m2v\r\n"
+    "Audio Filter=*.ac3;*.aif;*.aiff;*.wav;*.dts;*.mpa\r\n"
+    "Image Filter=*.bmp;*.gif;*.jpeg;*.jpg;*.pct;*.pcd;*.pict;*.psd;*.sgi;*.tga;*.tif;*.tiff;*.mps\r\n"
+    "[Settings]\r\n"
+    "Resolution=0\r\n"
+    "Drop Type=0\r\n"
+    "[Still]\r\n"
+    "Bitrate=8000000\r\n"
+    "Encode Type=0\r\n"
+    "Size=0\r\n"
+    "Aspectratio=0\r\n"
+    "ProgressiveSeq=0\r\n"
+    "[Audio]\r\n"
+    "Encode Type=0\r\n"
+    "Bitrate=128\r\n"
+    "[Subpicture]\r\n"
+    "IntervalDefNTSC=60\r\n"
+    "IntervalDefPAL=50\r\n"
+    "[Subtitle]\r\n"
+    "Size=24\r\n"
+    "Style=4\r\n"
+    "Alignment=3\r\n"
+    "Location=3\r\n"
+    "Render=2\r\n"
+    "Font=Times New Roman (Western)\r\n"
+    "Duration=00:00:10:00\r\n"
+    "[Simulation]\r\n"
+    "Decode frame=13\r\n"
+    "[Color]\r\n"
+    "Conversion Color E2=0, 0, 255\r\n"
+    "Conversion Color E1=255, 0, 0\r\n"
+    "Conversion Color P=0, 0, 0\r\n"
+    "Conversion Color Bg=255, 255, 255\r\n"
+    "Display Color=0, 1, 2, 3\r\n"
+    "Display Contrast=15, 15, 15, 0\r\n"
+    "Action Color=9, 10, 11, 12\r\n"
+    "Action Contrast=15, 15, 15, 0\r\n"
+    "Selection Color=5, 6, 7, 8\r\n"
+    "Selection Contrast=15, 15, 15, 0\r\n"
+    "[ColorPalette]\r\n"
+    "1=0, 0, 255\r\n"
+    "2=255, 0, 0\r\n"
+    "3=0, 0, 0\r\n"
+    "4=255, 255, 255\r\n"
+    "5=0, 255, 0\r\n"
+    "6=255, 0, 255\r\n"
+    "7=255, 255, 0\r\n"
+    "8=0, 125, 125\r\n"
+    "9=125, 125, 125\r\n"
+    "10=225, 225, 225\r\n"
+    "11=125, 0, 0\r\n"
+    "12=0, 125, 0\r\n"
+    "13=0, 0, 125\r\n"
+    "14=222, 0, 255\r\n"
+    "15=222, 125, 0\r\n"
+    "16=125, 0, 125\r\n"
+    "[Languages]\r\n"
+    "Languages 1=Chinese\r\n"
+    "Languages 2=English\r\n"
+    "Languages 3=French\r\n"
+    "Languages 4=German\r\n"
+    "Languages 5=Italian\r\n"
+    "Languages 6=Japanese\r\n"
+    "Languages 7=Korean\r\n"
+    "Languages 8=Spanish\r\n"
+    "Default Language=English\r\n"
+    "Audio Language 1=Not Specified\r\n"
+    "Audio Language 2=Not Specified\r\n"
+    "Audio Language 3=Not Specified\r\n"
+    "Audio Language 4=Not Specified\r\n"
+    "Audio Language 5=Not Specified\r\n"
+    "Audio Language 6=Not Specified\r\n"
+    "Audio Language 7=Not Specified\r\n"
+    "Audio Language 8=Not Specified\r\n"
+    "Subpicture Language 1=Not Specified\r\n"
+    "Subpicture Language 2=Not Specified\r\n"
+    "Subpicture Language 3=Not Specified\r\n"
+    "Subpicture Language 4=Not Specified\r\n"
+    "Subpicture Language 5=Not Specified\r\n"
+    "Subpicture Language 6=Not Specified\r\n"
+    "Subpicture Language 7=Not Specified\r\n"
+    "Subpicture Language 8=Not Specified\r\n"
+    "Subpicture Language 9=Not Specified\r\n"
+    "Subpicture Language 10=Not Specified\r\n"
+    "Subpicture Language 11=Not Specified\r\n"
+    "Subpicture Language 12=Not Specified\r\n"
+    "Subpicture Language 13=Not Specified\r\n"
+    "Subpicture Language 14=Not Specified\r\n"
+    "Subpicture Language 15=Not Specified\r\n"
+    "Subpicture Language 16=Not Specified\r\n"
+    "Subpicture Language 17=Not Specified\r\n"
+    "Subpicture Language 18=Not Specified\r\n"
+    "Subpicture Language 19=Not Specified\r\n"
+    "Subpicture Language 20=Not Specified\r\n"
+    "Subpicture Language 21=Not Specified\r\n"
+    "Subpicture Language 22=Not Specified\r\n"
+    "Subpicture Language 23=Not Specified\r\n"
+    "Subpicture Language 24=Not Specified\r\n"
+    "Subpicture Language 25=Not Specified\r\n"
+    "Subpicture Language 26=Not Specified\r\n"
+    "Subpicture Language 27=Not Specified\r\n"
+    "Subpicture Language 28=Not Specified\r\n"
+    "Subpicture Language 29=Not Specified\r\n"
+    "Subpicture Language 30=Not Specified\r\n"
+    "Subpicture Language 31=Not Specified\r\n"
+    "Subpicture Language 32=Not Specified\r\n"
+    "Simulation Audio Language=English\r\n"
+    "Simulation Subpicture Language=English\r\n"
+    "[Layout Editor]\r\n"
+    "DdpDslMultiple16Fix=ON\r\n";
+
+}  // namespace
+
+TEST_F(Settings, AFirstStartWritesEverySettingInOrderAndASecondChangesNoByte) {
+  EXPECT_EQ(CBrevanderProfile::GetProfileIntW(kProfileAudioBitrate, 96), 96) << "no file yet";
+  Profile::Initialize();
+  EXPECT_EQ(ReadAll(ini), kFirstStart);
+  EXPECT_EQ(CBrevanderProfile::GetProfileIntW(kProfileAudioBitrate, 96), 128);
+
+  auto written = std::filesystem::last_write_time(ini);
+  Profile::Initialize();
+  EXPECT_EQ(ReadAll(ini), kFirstStart);
+  EXPECT_EQ(std::filesystem::last_write_time(ini), written) << "the file was not rewritten";
+
+  // Values already there stay; a missing one comes back with its default.
+  std::string edited = kFirstStart;
+  edited.replace(edited.find("Bitrate=128"), 11, "Bitrate=192");
+  edited.erase(edited.find("Zoom=0\r\n"), 8);
+  WriteAll(ini, edited);
+  Profile::Initialize();
+  std::string expected = kFirstStart;
+  expected.replace(expected.find("Bitrate=128"), 11, "Bitrate=192");
+  EXPECT_EQ(ReadAll(ini), expected);
+}
+
+TEST_F(Settings, WithoutAFileReadsGiveTheirDefaultsAndWritesAreDropped) {
+  CBrevanderProfile::SetProfilePath(nullptr);
+  CBrevanderProfile::WriteProfileInt(kProfileAudioBitrate, 5);
+  EXPECT_EQ(CBrevanderProfile::GetProfileIntW(kProfileAudioBitrate, 96), 96);
+  EXPECT_EQ(S(CBrevanderProfile::GetProfileStringW(kProfileSubtitleFont, const_cast<unsigned short*>(u"F"_u16))), u"F");
+  EXPECT_FALSE(std::filesystem::exists(ini));
+}
+
+TEST_F(Settings, EachFormReadsAndWritesUnderItsSectionAndKey) {
+  CBrevanderProfile::WriteProfileInt(kProfileStillBitrate, 6000000);
+  CBrevanderProfile::WriteProfileInt(kProfileStillEncodeType, 2);
+  CBrevanderProfile::WriteProfileInt(kProfileAudioBitrate, 384);
+  CBrevanderProfile::WriteProfileInt(kProfileAudioEncodeType, 1);
+  CBrevanderProfile::WriteProfileInt3(kProfileColorPalette1, 1, 2, 3);
+  CBrevanderProfile::WriteProfileInt3(kProfileColorPalette16, -1, 0, 70000);
+  CBrevanderProfile::WriteProfileInt4(kProfileSubtitleColor, 4, 3, 2, 1);
+  CBrevanderProfile::WriteProfileStringW(kProfileSubpictureLanguage32, u"Danish"_u16);
+  CBrevanderProfile::WriteProfileStringW(kProfileUrl8, u"http://example.org/"_u16);
+  EXPECT_EQ(ReadAll(ini),
+            "[Still]\r\nBitrate=6000000\r\nEncode Type=2\r\n"
+            "[Audio]\r\nBitrate=384\r\nEncode Type=1\r\n"
+            "[ColorPalette]\r\n1=1, 2, 3\r\n16=-1, 0, 70000\r\n"
+            "[Subtitle]\r\nColor=4, 3, 2, 1\r\n"
+            "[Languages]\r\nSubpicture Language 32=Danish\r\n"
+            "[Explorer]\r\nUrl 8=http://example.org/\r\n");
+  EXPECT_EQ(CBrevanderProfile::GetProfileIntW(kProfileStillBitrate, 0), 6000000);
+  EXPECT_EQ(CBrevanderProfile::GetProfileIntW(kProfileAudioBitrate, 0), 384);
+  int a, b, c, d;
+  CBrevanderProfile::GetProfileInt3(kProfileColorPalette16, 9, 9, 9, a, b, c);
+  EXPECT_EQ((std::vector<int>{a, b, c}), (std::vector<int>{-1, 0, 70000}));
+  CBrevanderProfile::GetProfileInt4(kProfileSubtitleColor, 9, 9, 9, 9, a, b, c, d);
+  EXPECT_EQ((std::vector<int>{a, b, c, d}), (std::vector<int>{4, 3, 2, 1}));
+  EXPECT_EQ(S(CBrevanderProfile::GetProfileStringW(kProfileSubpictureLanguage32, nullptr)), u"Danish");
+  EXPECT_EQ(S(CBrevanderProfile::GetProfileStringW(kProfileUrl1, const_cast<unsigned short*>(u"none"_u16))), u"none");
+}
+
+TEST_F(Settings, NumbersOfOtherFormsOrOfNoneSelectNothing) {
+  WriteAll(ini, "[Subtitle]\r\nFont=Arial\r\n[Preference]\r\nOpen Recent=4\r\n");
+  const std::string before = ReadAll(ini);
+  auto none = static_cast<brevander_profile_t>(3);
+  EXPECT_EQ(CBrevanderProfile::GetProfileIntW(none, 77), 0);
+  EXPECT_EQ(CBrevanderProfile::GetProfileIntW(kProfileSubtitleFont, 77), 0);
+  EXPECT_EQ(S(CBrevanderProfile::GetProfileStringW(kProfileOpenRecent, const_cast<unsigned short*>(u"d"_u16))), u"");
+  CBrevanderProfile::WriteProfileInt(none, 1);
+  CBrevanderProfile::WriteProfileInt(kProfileSubtitleFont, 1);
+  CBrevanderProfile::WriteProfileInt3(kProfileOpenRecent, 1, 2, 3);
+  CBrevanderProfile::WriteProfileInt4(kProfileColorPalette1, 1, 2, 3, 4);
+  CBrevanderProfile::WriteProfileStringW(none, u"x"_u16);
+  EXPECT_EQ(ReadAll(ini), before);
+  int a = -1, b = -1, c = -1;
+  CBrevanderProfile::GetProfileInt3(kProfileSubtitleFont, 1, 2, 3, a, b, c);
+  EXPECT_EQ((std::vector<int>{a, b, c}), (std::vector<int>{1, 2, 3})) << "no triple there: the defaults";
+}
+
+TEST_F(Settings, StoredTriplesAndQuadruplesSplitAtBlanksAndCommas) {
+  struct Case {
+    const char* stored;
+    std::vector<int> read;
+  } cases[] = {
+      {"10,20 30", {10, 20, 30}},
+      {" 1 ,, 2,3 ", {1, 2, 3}},
+      {"default", {7, 8, 9}},   // the caller's defaults
+      {"x, 5, 6y", {0, 5, 6}},  // a token that is no number reads 0
+      {"4", {4, 8, 9}},         // too few: the rest keep their defaults
+      {"", {7, 8, 9}},
+      {"1, 2, 3, 4", {1, 2, 3}},
+  };
+  for (const Case& k : cases) {
+    WriteAll(ini, std::string("[Color]\nConversion Color P=") + k.stored + "\n");
+    int a, b, c;
+    CBrevanderProfile::GetProfileInt3(kProfileConversionColorP, 7, 8, 9, a, b, c);
+    EXPECT_EQ((std::vector<int>{a, b, c}), k.read) << k.stored;
+  }
+  WriteAll(ini, "[Color]\nAction Color=1 2\n");
+  int a, b, c, d;
+  CBrevanderProfile::GetProfileInt4(kProfileActionColor, 5, 6, 7, 8, a, b, c, d);
+  EXPECT_EQ((std::vector<int>{a, b, c, d}), (std::vector<int>{1, 2, 7, 8}));
+}
+
+TEST_F(Settings, TheClassicDeviceEngineIsSetByHandOnly) {
+  CBrevanderProfile::WriteProfileStringW(kProfileUseClassicDeviceEngine, u"ON"_u16);
+  EXPECT_FALSE(std::filesystem::exists(ini));
+  WriteAll(ini, "[Layout Editor]\nUseClassicDeviceEngine=ON\n");
+  EXPECT_EQ(S(CBrevanderProfile::GetProfileStringW(kProfileUseClassicDeviceEngine, nullptr)), u"ON");
+  CBrevanderProfile::WriteProfileStringW(kProfileUseClassicDeviceEngine, nullptr);
+  EXPECT_EQ(ReadAll(ini), "[Layout Editor]\nUseClassicDeviceEngine=ON\n");
+}
+
+namespace {
+
+const std::string kLong(5000, 'L');
+// A file as a user might leave it: notes, odd case and spacing, quotes, LF-only lines.
+const std::string kHandEdited =
+    "; my notes about this file\n"
+    "\n"
+    "  [ audio ]  \r\n"
+    "\tBITRATE\t=\t \"256\" \n"
+    "bitrate=999\n"
+    "Empty=\n"
+    "Spaces =   a b   \n"
+    "Single='q'\n"
+    "Mismatch=\"x'\n"
+    "NoEquals\n"
+    "Num1=12abc\n"
+    "Num2=3.9\n"
+    "Num3=010\n"
+    "Num4=abc\n"
+    "Num5=-42\n"
+    "; end of audio\n"
+    "\n"
+    "[Audio]\n"
+    "Second=1\n"
+    "[Other]\r\n"
+    "Long=" + kLong;
+
+}  // namespace
+
+TEST_F(Settings, HandEditedFilesReadAsThePlatformReadsThem) {
+  WriteAll(ini, kHandEdited);
+  struct Case {
+    const char16_t* section;
+    const char16_t* key;
+    std::u16string text;  // "<default>" when the key counts as missing
+  } texts[] = {
+      {u"Audio", u"Bitrate", u"256"},     // case, blanks, tabs and quotes; the first of two
+      {u" AUDIO\t", u" bitrate ", u"256"},
+      {u"audio", u"Empty", u""},          // present and empty, not the default
+      {u"audio", u"Spaces", u"a b"},
+      {u"audio", u"Single", u"q"},
+      {u"audio", u"Mismatch", u"\"x'"},   // quotes that do not pair stay
+      {u"audio", u"NoEquals", u"<default>"},
+      {u"audio", u"Second", u"<default>"},  // in the second [Audio]: not looked at
+      {u"Missing", u"Bitrate", u"<default>"},
+      {u"Other", u"Long", std::u16string(kLong.begin(), kLong.end())},
+  };
+  for (const Case& k : texts) {
+    MString read = CBrevanderProfile::GetProfileStringW(U(k.section), U(k.key), const_cast<unsigned short*>(u"<default>"_u16));
+    EXPECT_EQ(S(read), k.text) << std::string(k.key, k.key + std::char_traits<char16_t>::length(k.key));
+  }
+  struct Int {
+    const char16_t* key;
+    int value;
+  } ints[] = {{u"Bitrate", 256}, {u"Num1", 12}, {u"Num2", 3}, {u"Num3", 10}, {u"Num4", 0},
+              {u"Num5", -42},    {u"Empty", -7}, {u"NoEquals", -7}};
+  for (const Int& k : ints) EXPECT_EQ(CBrevanderProfile::GetProfileIntW(u"audio"_u16, U(k.key), -7), k.value);
+
+  // Nothing is cached: an edit between two reads counts.
+  WriteAll(ini, "[Audio]\nBitrate=1\n");
+  EXPECT_EQ(CBrevanderProfile::GetProfileIntW(kProfileAudioBitrate, 0), 1);
+}
+
+TEST_F(Settings, AWriteKeepsEveryOtherLineByteForByte) {
+  struct Case {
+    const char16_t* section;
+    const char16_t* key;
+    const char16_t* value;
+    std::string from, to;  // the bytes the write replaces, and by what ("" from: appended)
+  } cases[] = {
+      {u"AUDIO", u"bitrate", u"300", "\tBITRATE\t=\t \"256\" \n", "\tBITRATE\t=\t 300\r\n"},
+      {u"audio", u"Spaces", u"a b", "", ""},                       // the value it holds: no change
+      {u"audio", u"Single", u"q", "", ""},                         // also when it is quoted
+      {u"audio", u"New", u"v", "Num5=-42\n", "Num5=-42\nNew=v\r\n"},  // after the section's last key
+      {u"audio", u"Single", nullptr, "Single='q'\n", ""},           // null value: the key goes
+      {u"audio", u"Absent", nullptr, "", ""},
+      {u"Fresh", u"k", u"1", kLong, kLong + "\r\n[Fresh]\r\nk=1\r\n"},  // a new section at the end
+      {u"other", nullptr, nullptr, "[Other]\r\nLong=" + kLong, ""},    // null key: the section goes
+      {u"Nowhere", nullptr, nullptr, "", ""},
+  };
+  for (const Case& k : cases) {
+    WriteAll(ini, kHandEdited);
+    auto before = std::filesystem::last_write_time(ini);
+    CBrevanderProfile::WriteProfileStringW(U(k.section), k.key ? U(k.key) : nullptr, k.value ? U(k.value) : nullptr);
+    std::string expected = kHandEdited;
+    if (!k.from.empty()) {
+      std::size_t at = k.from == kLong ? expected.size() - kLong.size() : expected.find(k.from);
+      ASSERT_NE(at, std::string::npos);
+      expected.replace(at, k.from.size(), k.to);
+    }
+    EXPECT_EQ(ReadAll(ini), expected) << std::string(k.section, k.section + std::char_traits<char16_t>::length(k.section));
+    if (k.from.empty()) {
+      EXPECT_EQ(std::filesystem::last_write_time(ini), before) << "a write that changes nothing";
+    }
+  }
+  // The file's permissions survive the replacement.
+  std::filesystem::permissions(ini, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+  CBrevanderProfile::WriteProfileInt(u"audio"_u16, u"Num1"_u16, 5);
+  EXPECT_EQ(std::filesystem::status(ini).permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST_F(Settings, ANewSectionFollowsAnUnendedLastLineAndAFileComesIntoBeing) {
+  WriteAll(ini, "[A]\nx=1");
+  CBrevanderProfile::WriteProfileStringW(u"A"_u16, u"y"_u16, u"2"_u16);
+  EXPECT_EQ(ReadAll(ini), "[A]\nx=1\r\ny=2\r\n");
+  WriteAll(ini, "[A]\n\n; notes of B\n[B]\n");
+  CBrevanderProfile::WriteProfileStringW(u"A"_u16, u"y"_u16, u"2"_u16);
+  EXPECT_EQ(ReadAll(ini), "[A]\ny=2\r\n\n; notes of B\n[B]\n") << "a key of an empty section follows its header";
+  std::filesystem::remove(ini);
+  CBrevanderProfile::WriteProfileStringW(u"A"_u16, u"y"_u16, nullptr);
+  EXPECT_FALSE(std::filesystem::exists(ini)) << "removing from no file makes none";
+  CBrevanderProfile::WriteProfileStringW(u"A"_u16, u"y"_u16, u"line\nbreak"_u16);
+  EXPECT_FALSE(std::filesystem::exists(ini)) << "a value that would make two lines is refused";
+}
+
+TEST_F(Settings, TheUsersFoldersComeFromTheFile) {
+  TempFolder work;
+  MString scenario = work.Path("Discs");
+  CBrevanderDirectories::SetScenarioDirectory(scenario);
+  EXPECT_EQ(S(CBrevanderDirectories::GetScenarioDirectory()), S(scenario)) << "as stored, no separator added";
+  EXPECT_TRUE(std::filesystem::is_directory(work.Bytes("Discs")));
+  MString script = work.Path("Scripts/");
+  CBrevanderDirectories::SetScriptDirectory(script);
+  EXPECT_EQ(S(CBrevanderDirectories::GetScriptDirectory()), S(script));
+  EXPECT_TRUE(std::filesystem::is_directory(work.Bytes("Scripts")));
+  EXPECT_NE(ReadAll(ini).find("[BREVANDER]\r\nScenario Directory="), std::string::npos);
+
+  // Present and empty: the scenario folder falls back on its default, unmade; the script folder is empty.
+  CBrevanderDirectories::SetScenarioDirectory(u""_u16);
+  CBrevanderDirectories::SetScriptDirectory(u""_u16);
+  EXPECT_EQ(S(CBrevanderDirectories::GetScenarioDirectory()),
+            S(CBrevanderDirectories::GetSystemDrive() + MString(u"/My Scenarios/"_u16)));
+  EXPECT_EQ(S(CBrevanderDirectories::GetScriptDirectory()), u"");
+}
+
+TEST_F(Settings, ALinkedFileIsWrittenWhereTheLinkPoints) {
+  fs::create_directories(dir.Bytes("dotfiles"));
+  WriteAll(dir.Bytes("dotfiles/real.ini"), "[A]\nx=1\n");
+  fs::create_symlink("dotfiles/real.ini", ini);
+  CBrevanderProfile::WriteProfileInt(u"A"_u16, u"x"_u16, 2);
+  EXPECT_TRUE(fs::is_symlink(ini));
+  EXPECT_EQ(ReadAll(dir.Bytes("dotfiles/real.ini")), "[A]\nx=2\r\n");
+}
+
+TEST_F(Settings, WritesFromSeveralThreadsAreNotLost) {
+  constexpr int kThreads = 4, kKeys = 25;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([t] {
+      for (int k = 0; k < kKeys; ++k) {
+        MString key;
+        key.Format(u"key %d"_u16, t * kKeys + k);
+        CBrevanderProfile::WriteProfileInt(u"Threads"_u16, key, k);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (int i = 0; i < kThreads * kKeys; ++i) {
+    MString key;
+    key.Format(u"key %d"_u16, i);
+    EXPECT_EQ(CBrevanderProfile::GetProfileIntW(u"Threads"_u16, key, -1), i % kKeys) << i;
+  }
+}

@@ -1,0 +1,165 @@
+// Folders and file queries: path elements, the current-folder test, free
+// space, removal of whole folders, and the order and cycle guard of queries.
+#include <VantoroBasicUtils/files/CFileQuery.h>
+#include <VantoroBasicUtils/files/MDirectory.h>
+#include <VantoroBasicUtils/files/UFileUtils.h>
+#include <VantoroBasicUtils/text/MStringList.h>
+
+#include <sys/statvfs.h>
+
+#include <gtest/gtest.h>
+
+#include "support/TempFolder.h"
+
+using namespace vbu::literals;
+
+namespace {
+
+std::vector<std::string> Listed(CFileQuery& query) {
+  std::vector<std::string> paths;
+  for (unsigned long i = 1; i <= query.GetCount(); ++i) {
+    MString* path = nullptr;
+    query.FetchItemAt(static_cast<long>(i), &path);
+    std::string bytes;
+    for (int k = 0; k < path->GetLength(); ++k) bytes += static_cast<char>((*path)[k]);
+    paths.push_back(bytes);
+  }
+  return paths;
+}
+
+// a, b, s/c and s/t/.hidden under `dir`.
+void MakeTree(const TempFolder& dir) {
+  std::filesystem::create_directories(dir.Bytes("s/t"));
+  WriteAll(dir.Bytes("b"), "b");
+  WriteAll(dir.Bytes("a"), "a");
+  WriteAll(dir.Bytes("s/c"), "c");
+  WriteAll(dir.Bytes("s/t/.hidden"), "h");
+}
+
+}  // namespace
+
+TEST(Folders, PathElements) {
+  struct Row {
+    const char16_t* path;
+    const char16_t* withoutLast;
+    const char16_t* last;
+  };
+  const Row rows[] = {
+      {u"/a/b", u"/a", u"b"}, {u"/a/", u"/a", u""}, {u"/a/b.txt", u"/a", u"b.txt"}, {u"name", u"name", u"name"},
+      {u"", u"", u""},
+  };
+  for (const Row& row : rows) {
+    MString path(reinterpret_cast<const unsigned short*>(row.path));
+    MString other = path;
+    MDirectory::DeleteOneFolder(path);
+    MDirectory::GetFileName(other);
+    EXPECT_EQ(Text(path), row.withoutLast);
+    EXPECT_EQ(Text(other), row.last);
+  }
+}
+
+TEST(Folders, ExistsOnDiskLeavesTheProcessInTheFolder) {
+  TempFolder dir;
+  std::filesystem::path before = std::filesystem::current_path();
+  MDirectory folder(dir.Path("sub"));
+  EXPECT_FALSE(folder.ExistsOnDisk());
+  EXPECT_EQ(std::filesystem::current_path(), before);
+  std::filesystem::create_directories(dir.Bytes("sub"));
+  EXPECT_TRUE(folder.ExistsOnDisk());
+  EXPECT_EQ(std::filesystem::current_path(), std::filesystem::path(dir.Bytes("sub")));
+  std::filesystem::current_path(before);
+  EXPECT_FALSE(MDirectory::ExistsOnDisk(nullptr));
+  EXPECT_FALSE(folder.CreateNew());
+  MDirectory copy = folder;
+  EXPECT_EQ(Text(copy.GetPath()), Text(folder.GetPath()));
+}
+
+TEST(Folders, FreeSpaceIsTheVolumesInKiB) {
+  TempFolder dir;
+  struct statvfs volume;
+  ASSERT_EQ(statvfs(dir.Bytes("").c_str(), &volume), 0);
+  long expected = static_cast<long>(static_cast<uint64_t>(volume.f_bavail) * volume.f_frsize / 1024);
+  MDirectory folder(dir.Path(""));
+  EXPECT_NEAR(folder.GetDiskFreeSpaceW(), expected, 64 * 1024) << "other engineers write to this disk too";
+  MDirectory missing(dir.Path("not/yet/made"));
+  EXPECT_NEAR(missing.GetDiskFreeSpaceW(), expected, 64 * 1024) << "the volume it would be on";
+  MDirectory relative(u"no-such-folder/below"_u16);
+  EXPECT_GE(relative.GetDiskFreeSpaceW(), 0) << "the current folder's volume";
+  EXPECT_TRUE(MDirectory::CheckDirectory(dir.Path("")));
+}
+
+TEST(Folders, DeleteDirectoryRemovesTheTreeButNotWhatLinksPointAt) {
+  TempFolder dir;
+  MakeTree(dir);
+  std::filesystem::create_directories(dir.Bytes("outside"));
+  WriteAll(dir.Bytes("outside/keep"), "keep");
+  std::filesystem::create_directory_symlink(dir.Bytes("outside"), dir.Bytes("s/link"));
+  Hearing hearing;
+  std::string root = dir.Bytes("");
+  EXPECT_EQ(DeleteDirectory(dir.Path("s")), 0);
+  EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s")));
+  EXPECT_EQ(ReadAll(dir.Bytes("outside/keep")), "keep");
+  EXPECT_TRUE(hearing.messages.empty());
+  EXPECT_EQ(DeleteDirectory(dir.Path("s")), 0) << "not there: nothing to do";
+  EXPECT_EQ(DeleteDirectory(nullptr), -1);
+  EXPECT_TRUE(hearing.messages.empty());
+}
+
+TEST(Folders, DeleteDirKeepsSubfolders) {
+  TempFolder dir;
+  MakeTree(dir);
+  std::filesystem::create_directories(dir.Bytes("outside"));
+  WriteAll(dir.Bytes("outside/keep"), "keep");
+  std::filesystem::create_directory_symlink(dir.Bytes("outside"), dir.Bytes("s/link"));
+  std::filesystem::create_directories(dir.Bytes("s/empty"));
+  Hearing hearing;
+  EXPECT_FALSE(UFileUtils::DeleteDir(dir.Path("s")));
+  EXPECT_TRUE(hearing.messages.empty());
+  EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s/c")));
+  EXPECT_TRUE(std::filesystem::exists(dir.Bytes("s/empty")));
+  std::filesystem::remove_all(dir.Bytes("s/t"));
+  std::filesystem::remove_all(dir.Bytes("s/empty"));
+  EXPECT_TRUE(UFileUtils::DeleteDir(dir.Path("s")));
+  EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s")));
+  EXPECT_EQ(ReadAll(dir.Bytes("outside/keep")), "keep") << "the link went, not what it led to";
+}
+
+TEST(FileQuery, OnePathAFolderOrNothing) {
+  TempFolder dir;
+  MakeTree(dir);
+  std::filesystem::create_directories(dir.Bytes("empty"));
+  CFileQuery file(dir.Path("a"));
+  EXPECT_EQ(Listed(file), std::vector<std::string>{dir.Bytes("a")});
+  CFileQuery empty(dir.Path("empty"));
+  EXPECT_EQ(empty.GetCount(), 0u);
+  CFileQuery missing(dir.Path("missing"));
+  EXPECT_EQ(missing.GetCount(), 0u);
+  // Names in order; a subfolder's files where the subfolder stands; hidden files too.
+  CFileQuery tree(dir.Path(""));
+  std::string root = dir.Bytes("");
+  EXPECT_EQ(Listed(tree), (std::vector<std::string>{root + "/a", root + "/b", root + "/s/c", root + "/s/t/.hidden"}));
+}
+
+TEST(FileQuery, ADropListsInTheOrderOfTheDrop) {
+  TempFolder dir;
+  MakeTree(dir);
+  MStringList dropped;
+  dropped.Add(dir.Path("b"));
+  dropped.Add(u""_u16);
+  dropped.Add(dir.Path("s"));
+  dropped.Add(dir.Path("a"));
+  CFileQuery query(&dropped);
+  EXPECT_EQ(Listed(query), (std::vector<std::string>{dir.Bytes("b"), dir.Bytes("s/c"), dir.Bytes("s/t/.hidden"),
+                                                     dir.Bytes("a")}));
+  CFileQuery none(static_cast<MStringList*>(nullptr));
+  EXPECT_EQ(none.GetCount(), 0u);
+}
+
+TEST(FileQuery, ACycleOfLinksEnds) {
+  TempFolder dir;
+  MakeTree(dir);
+  std::filesystem::create_directory_symlink(dir.Bytes("s"), dir.Bytes("s/t/back"));
+  std::filesystem::create_symlink(dir.Bytes("nowhere"), dir.Bytes("s/dangling"));
+  CFileQuery query(dir.Path("s"));
+  EXPECT_EQ(Listed(query), (std::vector<std::string>{dir.Bytes("s/c"), dir.Bytes("s/dangling"), dir.Bytes("s/t/.hidden")}));
+}

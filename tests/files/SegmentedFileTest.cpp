@@ -1,0 +1,504 @@
+// The segmented file: the switch to an info file and its exact bytes,
+// reads, writes and seeks across segment ends, every open mode crossing
+// into a segment that holds data, the info file's limits, overlapped reads
+// over segments, and a random run against an in-memory model.
+#include <VantoroBasicUtils/files/MFiles.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+
+#include "support/LogicalFile.h"
+#include "support/TempFolder.h"
+
+using namespace vbu::literals;
+
+namespace {
+
+std::string Bytes(const MString& text) {
+  std::string bytes;
+  for (int i = 0; i < text.GetLength(); ++i) bytes += static_cast<char>(text[i]);
+  return bytes;
+}
+
+// Letters only, so that text modes move the bytes unchanged.
+std::string Letters(std::size_t count, unsigned seed) {
+  std::string bytes(count, 'a');
+  std::mt19937 random(seed);
+  for (char& b : bytes) b = static_cast<char>('a' + random() % 26);
+  return bytes;
+}
+
+// Writes `bytes` to `file` in pieces of at most `piece`; the total written.
+long long WriteInPieces(MFiles& file, const std::string& bytes, std::size_t piece) {
+  long long total = 0;
+  for (std::size_t at = 0; at < bytes.size(); at += piece) {
+    int n = static_cast<int>(std::min(piece, bytes.size() - at));
+    int written = file.FWrite(bytes.data() + at, n);
+    if (written != n) return -1;
+    total += written;
+  }
+  return total;
+}
+
+// A segmented file at `path` of `bytes`, with a limit of `limit`.
+void MakeSegmented(const MString& path, const std::string& bytes, long long limit) {
+  MFiles file;
+  ASSERT_EQ(file.FOpen(path, MFile::file_create_binary), 0);
+  file.SetMaxFileSize(limit);
+  ASSERT_EQ(WriteInPieces(file, bytes, static_cast<std::size_t>(limit)), static_cast<long long>(bytes.size()));
+  ASSERT_EQ(file.FClose(), 0);
+}
+
+}  // namespace
+
+TEST(SegmentedFile, ANewObjectHasNoLimit) {
+  TempFolder dir;
+  MFiles file;
+  EXPECT_EQ(file.GetMaxFileSize(), 0x3FFFFFFFFFFFFFFFLL);
+  EXPECT_EQ(file.GetCurrentPos(), -1);
+  ASSERT_EQ(file.FOpen(dir.Path("title.vob"), MFile::file_create_binary), 0);
+  EXPECT_EQ(file.GetCount(), 1);
+  EXPECT_EQ(file.GetInfoFilePath().GetLength(), 0);
+  std::string data = Pattern(300000);
+  EXPECT_EQ(WriteInPieces(file, data, 65536), 300000);
+  EXPECT_EQ(file.GetCount(), 1);
+  EXPECT_EQ(file.FClose(), 0);
+  EXPECT_EQ(ReadAll(dir.Bytes("title.vob")), data);
+  EXPECT_FALSE(std::filesystem::exists(dir.Bytes("title.vob.cfx.0")));
+}
+
+TEST(SegmentedFile, AWritePastTheLimitSwitchesToAnInfoFile) {
+  TempFolder dir;
+  MString name = dir.Path("title.vob");
+  std::string data = Pattern(1200);
+  MFiles file;
+  ASSERT_EQ(file.FOpen(name, MFile::file_create_binary), 0);
+  file.SetMaxFileSize(1000);
+  ASSERT_EQ(file.FWrite(data.data(), 800), 800);
+  EXPECT_EQ(file.FWrite(data.data() + 800, 400), 400);
+  EXPECT_EQ(file.GetCount(), 2);
+  EXPECT_EQ(file.GetCurrentPos(), 2);
+  EXPECT_EQ(file.FTell64(), 200) << "a position inside the open segment";
+  EXPECT_EQ(Text(file.GetInfoFilePath()), Text(name));
+  EXPECT_EQ(file.FClose(), 0);
+  // The info file, byte for byte: CR LF line ends, no count, no mark.
+  std::string path = dir.Bytes("title.vob");
+  EXPECT_EQ(ReadAll(path), "# Brevander c_files \r\n" + path + ".cfx.0\r\n" + path + ".cfx.1\r\n");
+  EXPECT_EQ(ReadAll(path + ".cfx.0"), data.substr(0, 1000));
+  EXPECT_EQ(ReadAll(path + ".cfx.1"), data.substr(1000));
+  EXPECT_FALSE(std::filesystem::exists(path + ".cfx.new"));
+  EXPECT_TRUE(MFiles::IsBrevanderMFiles(name));
+  MString segment = dir.Path("title.vob.cfx.0"), missing = dir.Path("none");
+  EXPECT_FALSE(MFiles::IsBrevanderMFiles(segment));
+  EXPECT_FALSE(MFiles::IsBrevanderMFiles(missing));
+  EXPECT_EQ(ReadLogical(name), data);
+}
+
+TEST(SegmentedFile, AWriteEndingAtTheLimitStaysThenTheNextGoesOn) {
+  TempFolder dir;
+  MFiles file;
+  ASSERT_EQ(file.FOpen(dir.Path("f"), MFile::file_create_binary), 0);
+  file.SetMaxFileSize(1000);
+  std::string data = Pattern(1001);
+  ASSERT_EQ(file.FWrite(data.data(), 1000), 1000);
+  EXPECT_EQ(file.GetCount(), 1);
+  EXPECT_EQ(file.GetInfoFilePath().GetLength(), 0);
+  ASSERT_EQ(file.FWrite(data.data() + 1000, 1), 1);
+  EXPECT_EQ(file.GetCount(), 2);
+  file.FClose();
+  EXPECT_EQ(std::filesystem::file_size(dir.Bytes("f.cfx.0")), 1000u);
+  EXPECT_EQ(std::filesystem::file_size(dir.Bytes("f.cfx.1")), 1u);
+}
+
+TEST(SegmentedFile, WritesIntoASegmentAboveTheLimitGoOnAtTheNext) {
+  TempFolder dir;
+  std::string data = Pattern(3000);
+  WriteAll(dir.Bytes("f"), data);
+  MFiles file;
+  ASSERT_EQ(file.FOpen(dir.Path("f"), MFile::file_update_binary), 0);
+  file.SetMaxFileSize(1000);  // lowered under a file that exists
+  ASSERT_EQ(file.FSeek64(0, MFile::file_seek_end), 3000);
+  ASSERT_EQ(file.FWrite("xyz", 3), 3);
+  // A single write larger than the limit is split once.
+  std::string big = Pattern(2500, 2);
+  ASSERT_EQ(file.FWrite(big.data(), 2500), 2500);
+  ASSERT_EQ(file.FWrite("!", 1), 1);
+  EXPECT_EQ(file.GetCount(), 4);
+  EXPECT_EQ(file.GetSize(), 3000 + 3 + 2500 + 1);
+  file.FClose();
+  EXPECT_EQ(ReadAll(dir.Bytes("f.cfx.0")), data) << "nothing cut";
+  EXPECT_EQ(ReadAll(dir.Bytes("f.cfx.3")), "!");
+  EXPECT_EQ(ReadLogical(dir.Path("f")), data + "xyz" + big + "!");
+}
+
+TEST(SegmentedFile, ReadsAndSeeksCrossSegments) {
+  TempFolder dir;
+  MString name = dir.Path("f");
+  std::string data = Pattern(2500);
+  MakeSegmented(name, data, 1000);
+  MFiles file;
+  ASSERT_EQ(file.FOpen(name, MFile::file_read_binary), 0);
+  EXPECT_EQ(file.GetCount(), 3);
+  EXPECT_EQ(file.GetSize(), 2500);
+  _stati64 info;
+  ASSERT_EQ(file.FStat(&info), 0);
+  EXPECT_EQ(info.st_size, 2500);
+  std::string got(1500, '\0');
+  EXPECT_EQ(file.FRead(got.data(), 1500), 1500);
+  EXPECT_EQ(got, data.substr(0, 1500));
+  EXPECT_EQ(file.GetCurrentPos(), 2);
+  // A seek into the third segment gives the logical offset; FTell64 the inner one.
+  EXPECT_EQ(file.FSeek64(2100, MFile::file_seek_begin), 2100);
+  EXPECT_EQ(file.GetCurrentPos(), 3);
+  EXPECT_EQ(file.FTell64(), 100);
+  // A seek to a boundary stays at the end of the earlier segment; the read crosses over.
+  EXPECT_EQ(file.FSeek64(1000, MFile::file_seek_begin), 1000);
+  EXPECT_EQ(file.GetCurrentPos(), 1);
+  EXPECT_EQ(file.FRead(got.data(), 10), 10);
+  EXPECT_EQ(got.substr(0, 10), data.substr(1000, 10));
+  // At the very end the read gives what was there.
+  EXPECT_EQ(file.FSeek64(2400, MFile::file_seek_begin), 2400);
+  EXPECT_EQ(file.FRead(got.data(), 1000), 100);
+  EXPECT_EQ(got.substr(0, 100), data.substr(2400));
+  EXPECT_EQ(file.FRead(got.data(), 1000), 0);
+  EXPECT_EQ(file.FSeek64(-10, MFile::file_seek_end), 490) << "inside the last segment";
+  EXPECT_EQ(file.FSeek64(-1, MFile::file_seek_begin), -1);
+}
+
+TEST(SegmentedFile, ASeekPastTheEndGrowsByWholeSegments) {
+  TempFolder dir;
+  std::string data = Pattern(100);
+  WriteAll(dir.Bytes("f"), data);
+  MFiles file;
+  ASSERT_EQ(file.FOpen(dir.Path("f"), MFile::file_update_binary), 0);
+  file.SetMaxFileSize(1000);
+  EXPECT_EQ(file.FSeek64(700, MFile::file_seek_begin), 700) << "within the limit: one segment still";
+  EXPECT_EQ(file.GetCount(), 1);
+  EXPECT_EQ(file.FSeek64(3500, MFile::file_seek_begin), 3500);
+  EXPECT_EQ(file.GetCount(), 4);
+  EXPECT_EQ(file.GetSize(), 3500);
+  ASSERT_EQ(file.FWrite("end", 3), 3);
+  file.FClose();
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(std::filesystem::file_size(dir.Bytes("f.cfx." + std::to_string(i))), 1000u);
+  std::string expected = data + std::string(3400, '\0') + "end";
+  EXPECT_EQ(ReadLogical(dir.Path("f")), expected);
+  // On a segmented file a seek past the end that stays within the last segment's limit.
+  MFiles again;
+  ASSERT_EQ(again.FOpen(dir.Path("f"), MFile::file_update_binary), 0);
+  again.SetMaxFileSize(1000);
+  EXPECT_EQ(again.FSeek64(3900, MFile::file_seek_begin), 3900) << "a logical offset, as for every seek from the start";
+  EXPECT_EQ(again.GetSize(), 3900);
+}
+
+// A file of three segments, opened in every mode: reading crosses the ends
+// and gives the data; writing over the ends replaces only what it writes.
+TEST(SegmentedFile, EveryOpenModeCrossesIntoASegmentWithoutEmptyingIt) {
+  struct Row {
+    MFile::file_open_t mode;
+    bool writes;
+    bool empties;  // the mode empties the whole logical file at open
+    bool atEnd;
+  };
+  const Row rows[] = {
+      {MFile::file_read_text, false, false, false},          {MFile::file_read_binary, false, false, false},
+      {MFile::file_create_binary, true, true, false},        {MFile::file_create_update_binary, true, true, false},
+      {MFile::file_create_text, true, true, false},          {MFile::file_append_binary, true, false, true},
+      {MFile::file_append_update_binary, true, false, true}, {MFile::file_update_text, true, false, false},
+      {MFile::file_append_text, true, false, true},          {MFile::file_update_binary, true, false, false},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.mode);
+    TempFolder dir;
+    MString name = dir.Path("f");
+    std::string expected = Letters(2500, 1);
+    MakeSegmented(name, expected, 1000);
+    MFiles file;
+    ASSERT_EQ(file.FOpen(name, row.mode), 0);
+    file.SetMaxFileSize(1000);
+    EXPECT_EQ(file.GetCurrentPos(), row.atEnd ? 3 : 1);
+    if (!row.writes) {
+      std::string got(2600, '\0');
+      ASSERT_EQ(file.FRead(got.data(), 2600), 2500);
+      EXPECT_EQ(got.substr(0, 2500), expected);
+      continue;
+    }
+    if (row.empties) {
+      EXPECT_EQ(file.GetSize(), 0);
+      // Written again through this object: the crossings below then find data.
+      ASSERT_EQ(WriteInPieces(file, expected, 700), 2500);
+    }
+    if (row.atEnd) {
+      ASSERT_EQ(file.FWrite("tail", 4), 4);
+      expected += "tail";
+    }
+    std::string patch = Letters(200, 2);
+    for (long long at : {900LL, 1950LL, 0LL}) {
+      ASSERT_EQ(file.FSeek64(at, MFile::file_seek_begin), at);
+      ASSERT_EQ(file.FWrite(patch.data(), 200), 200);
+      expected.replace(static_cast<std::size_t>(at), 200, patch);
+    }
+    ASSERT_EQ(file.FClose(), 0);
+    EXPECT_EQ(ListedSegments(name).size(), 3u);
+    EXPECT_EQ(ReadLogical(name), expected);
+  }
+}
+
+TEST(SegmentedFile, LinesOfTheInfoFile) {
+  TempFolder dir;
+  WriteAll(dir.Bytes("a"), "first");
+  WriteAll(dir.Bytes("b"), "second");
+  std::string header = "# Brevander c_files \r\n";
+  struct Row {
+    std::string text;
+    int opens;
+    std::string content;
+  };
+  std::string a = dir.Bytes("a"), b = dir.Bytes("b");
+  const Row rows[] = {
+      {header + "# a comment\r\n" + a + "\r\n#another\r\n" + b + "\r\n", 0, "firstsecond"},
+      {"# Brevander c_files" + std::string("\n") + a + "\n" + b, 0, "firstsecond"},  // no blank, LF only, no end
+      {header, -1, ""},                                                          // no path lines
+      {header + "# only a comment\r\n", -1, ""},
+      {header + std::string(2048, 'x') + "\r\n", -1, ""},                        // a line too long
+      {"# Brevander c_file\r\n" + a + "\r\n", 0, "# Brevander c_file\r\n" + a + "\r\n"},  // no header: a plain file
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.text.substr(0, 60));
+    WriteAll(dir.Bytes("info"), row.text);
+    MFiles file;
+    ASSERT_EQ(file.FOpen(dir.Path("info"), MFile::file_read_binary), row.opens);
+    if (row.opens != 0) {
+      EXPECT_EQ(file.GetCount(), 0);
+      EXPECT_EQ(file.GetCurrentPos(), -1);
+      continue;
+    }
+    std::string got(100, '\0');
+    got.resize(static_cast<std::size_t>(file.FRead(got.data(), 100)));
+    EXPECT_EQ(got, row.content);
+  }
+}
+
+TEST(SegmentedFile, AtMost2048Segments) {
+  TempFolder dir;
+  WriteAll(dir.Bytes("a"), "x");
+  std::string lines = "# Brevander c_files \r\n";
+  for (int i = 0; i < 2048; ++i) lines += dir.Bytes("a") + "\r\n";
+  WriteAll(dir.Bytes("info"), lines);
+  MFiles file;
+  ASSERT_EQ(file.FOpen(dir.Path("info"), MFile::file_read_binary), 0);
+  EXPECT_EQ(file.GetCount(), 2048);
+  file.FClose();
+  WriteAll(dir.Bytes("info"), lines + dir.Bytes("a") + "\r\n");
+  EXPECT_EQ(file.FOpen(dir.Path("info"), MFile::file_read_binary), -1);
+  EXPECT_EQ(file.GetCount(), 0);
+}
+
+TEST(SegmentedFile, AMissingSegmentShowsWhenReached) {
+  TempFolder dir;
+  MakeSegmented(dir.Path("f"), Pattern(2500), 1000);
+  std::filesystem::remove(dir.Bytes("f.cfx.1"));
+  MFiles file;
+  ASSERT_EQ(file.FOpen(dir.Path("f"), MFile::file_read_binary), 0);
+  EXPECT_LT(file.GetSize(), 0);
+  std::string got(2500, '\0');
+  EXPECT_LT(file.FRead(got.data(), 2500), 0);
+  EXPECT_EQ(file.FSeek64(2200, MFile::file_seek_begin), -1);
+}
+
+TEST(SegmentedFile, DeleteRemovesEverySegmentAndTheInfoFile) {
+  TempFolder dir;
+  MakeSegmented(dir.Path("f"), Pattern(2500), 1000);
+  MFiles file;
+  ASSERT_EQ(file.FOpen(dir.Path("f"), MFile::file_read_binary), 0);
+  EXPECT_EQ(file.FDelete(), 0);
+  EXPECT_EQ(file.GetCount(), 0);
+  EXPECT_TRUE(std::filesystem::is_empty(dir.Bytes("")));
+}
+
+TEST(SegmentedFile, ExplicitListsAndTheirFaults) {
+  TempFolder dir;
+  WriteAll(dir.Bytes("a"), "one");
+  WriteAll(dir.Bytes("b"), "two");
+  MFileSpecWin first(dir.Path("a")), second(dir.Path("b"));
+  LList specs;
+  MFileSpecWin* items[] = {&first, &second};
+  specs.InsertItemsAt(1, kLastIndex, &items[0]);
+  specs.InsertItemsAt(1, kLastIndex, &items[1]);
+  MFiles file;
+  ASSERT_EQ(file.FOpen(specs, MFile::file_read_binary), 0);
+  char got[8] = {};
+  EXPECT_EQ(file.FRead(got, 8), 6);
+  EXPECT_STREQ(got, "onetwo");
+  EXPECT_EQ(file.FClose(), 0);
+  EXPECT_EQ(file.FClose(), -1) << "closed already";
+  LList none;
+  EXPECT_EQ(file.FOpen(none, MFile::file_read_binary), -1);
+  EXPECT_EQ(file.FRead(got, 1), -1);
+  EXPECT_EQ(file.FWrite(got, 1), -1);
+  EXPECT_EQ(file.FSeek64(0, MFile::file_seek_begin), -1);
+}
+
+TEST(SegmentedFile, TextLinesCrossSegments) {
+  TempFolder dir;
+  WriteAll(dir.Bytes("a"), "one\r\ntwo\r\n");
+  WriteAll(dir.Bytes("b"), "three\r\n");
+  WriteAll(dir.Bytes("info"), "# Brevander c_files \r\n" + dir.Bytes("a") + "\r\n" + dir.Bytes("b") + "\r\n");
+  MFiles file;
+  ASSERT_EQ(file.FOpen(dir.Path("info"), MFile::file_read_text), 0);
+  unsigned short line[64];
+  std::vector<std::u16string> lines;
+  while (file.FGetts(line, 32) == 0) lines.push_back(Text(line));
+  EXPECT_EQ(lines, (std::vector<std::u16string>{u"one\n", u"two\n", u"three\n"}));
+}
+
+TEST(SegmentedFile, ChangeAllFilesDirectoryRewritesTheLines) {
+  TempFolder dir;
+  MString name = dir.Path("f");
+  MakeSegmented(name, Pattern(1500), 1000);
+  MFiles file;
+  ASSERT_EQ(file.FOpen(name, MFile::file_read_binary), 0);
+  EXPECT_EQ(file.ChangeAllFilesDirectory(u"/media/moved/"_u16), 0);
+  EXPECT_EQ(file.GetCurrentPos(), -1) << "the object stays closed";
+  EXPECT_EQ(ReadAll(dir.Bytes("f")),
+            "# Brevander c_files \r\n/media/moved/f.cfx.0\r\n/media/moved/f.cfx.1\r\n");
+  // Nothing listed, nothing rewritten.
+  MFiles never;
+  EXPECT_EQ(never.ChangeAllFilesDirectory(u"/x"_u16), -1);
+  EXPECT_EQ(file.ChangeAllFilesDirectory(u"/x"_u16), -1);
+  EXPECT_TRUE(MFiles::IsBrevanderMFiles(name));
+}
+
+TEST(SegmentedFile, GenerateNewFilePathFindsAFreeName) {
+  TempFolder dir;
+  MString result;
+  MString base = dir.Path("in.dir/title.vob");
+  std::filesystem::create_directories(dir.Bytes("in.dir"));
+  ASSERT_TRUE(MFiles::GenerateNewFilePath(base, u"_x"_u16, u"iso"_u16, &result));
+  EXPECT_EQ(Bytes(result), dir.Bytes("in.dir/title_x.iso"));
+  WriteAll(dir.Bytes("in.dir/title_x.iso"), "");
+  WriteAll(dir.Bytes("in.dir/title_x1.iso"), "");
+  ASSERT_TRUE(MFiles::GenerateNewFilePath(base, u"_x"_u16, u"iso"_u16, &result));
+  EXPECT_EQ(Bytes(result), dir.Bytes("in.dir/title_x2.iso"));
+  // The point of a folder name is no extension.
+  MString bare = dir.Path("in.dir/title");
+  ASSERT_TRUE(MFiles::GenerateNewFilePath(bare, u""_u16, u"iso"_u16, &result));
+  EXPECT_EQ(Bytes(result), dir.Bytes("in.dir/title.iso"));
+  EXPECT_FALSE(MFiles::GenerateNewFilePath(bare, u""_u16, u"iso"_u16, nullptr));
+}
+
+TEST(SegmentedFile, OverlappedReadsCrossSegments) {
+  TempFolder dir;
+  MString name = dir.Path("f");
+  constexpr long kLimit = 4 * 2048;
+  std::string data = Pattern(3 * kLimit + 2048);
+  MakeSegmented(name, data, kLimit);
+  MFiles file;
+  ASSERT_EQ(file.FOpen(name, MFile::file_overlapped_read), 0);
+  char* block = static_cast<char*>(std::aligned_alloc(4096, 8 * kLimit));
+  MEvent done;
+  OVERLAPPED record;
+  // From the middle of the first segment over two ends into the third.
+  long count = 2 * kLimit;
+  ASSERT_EQ(file.FReadOverlapped(2048, block, count, &record, &done), 0u);
+  ASSERT_EQ(file.FWaitOverlappedCompletion(&done, 10), 0u);
+  EXPECT_EQ(std::string(block, 2 * kLimit), data.substr(2048, 2 * kLimit));
+  EXPECT_EQ(file.GetCurrentPos(), 3);
+  // Back into the first segment.
+  count = 2048;
+  ASSERT_EQ(file.FReadOverlapped(4096, block, count, &record, &done), 0u);
+  ASSERT_EQ(file.FWaitOverlappedCompletion(&done, 10), 0u);
+  EXPECT_EQ(std::string(block, 2048), data.substr(4096, 2048));
+  EXPECT_EQ(file.GetCurrentPos(), 1);
+  // Over the logical end: what is there, and the end-of-file code.
+  count = 4 * kLimit;
+  EXPECT_EQ(file.FReadOverlapped(kLimit, block, count, &record, &done), kErrorHandleEof);
+  EXPECT_EQ(count, 2 * kLimit + 2048);
+  EXPECT_EQ(std::string(block, static_cast<std::size_t>(count)), data.substr(kLimit));
+  // Behind the end.
+  count = 2048;
+  EXPECT_EQ(file.FReadOverlapped(4 * kLimit, block, count, &record, &done), kErrorHandleEof);
+  EXPECT_EQ(count, 0);
+  std::free(block);
+}
+
+TEST(SegmentedFile, ACreatingOverlappedOpenEmptiesTheWholeFile) {
+  TempFolder dir;
+  MString name = dir.Path("f");
+  MakeSegmented(name, Pattern(2500), 1000);
+  MFiles file;
+  ASSERT_EQ(file.FOpen(name, MFile::file_overlapped_create), 0);
+  EXPECT_EQ(file.GetCount(), 3) << "the segments stay listed";
+  EXPECT_EQ(file.GetSize(), 0);
+}
+
+// A long random run of writes, seeks (past the end too) and reads on a file
+// with a small limit, checked after every step against a plain string and
+// against what a fresh reader finds through the info file.
+TEST(SegmentedFile, RandomRunMatchesAModel) {
+  TempFolder dir;
+  MString name = dir.Path("model");
+  constexpr long long kLimit = 997;
+  std::mt19937 random(20260101);
+  for (MFile::file_open_t mode : {MFile::file_create_binary, MFile::file_update_binary}) {
+    SCOPED_TRACE(mode);
+    std::filesystem::remove(dir.Bytes("model"));
+    MFiles file;
+    ASSERT_EQ(file.FOpen(name, mode), 0);
+    file.SetMaxFileSize(kLimit);
+    std::string model;
+    std::size_t position = 0;
+    for (int step = 0; step < 600; ++step) {
+      SCOPED_TRACE(step);
+      int action = static_cast<int>(random() % 10);
+      if (action < 5) {
+        std::string bytes = Pattern(random() % (kLimit + 1), static_cast<unsigned>(step));
+        ASSERT_EQ(file.FWrite(bytes.data(), static_cast<int>(bytes.size())), static_cast<int>(bytes.size()));
+        if (model.size() < position + bytes.size()) model.resize(position + bytes.size());
+        model.replace(position, bytes.size(), bytes);
+        position += bytes.size();
+      } else if (action < 8) {
+        long long target = static_cast<long long>(random() % (model.size() + 2 * kLimit + 1));
+        ASSERT_EQ(file.FSeek64(target, MFile::file_seek_begin), target);
+        if (model.size() < static_cast<std::size_t>(target)) model.resize(static_cast<std::size_t>(target));
+        position = static_cast<std::size_t>(target);
+      } else {
+        std::string got(random() % (2 * kLimit), '\0');
+        int read = file.FRead(got.data(), static_cast<int>(got.size()));
+        std::size_t expected = std::min(got.size(), model.size() - position);
+        ASSERT_EQ(read, static_cast<int>(expected));
+        EXPECT_EQ(got.substr(0, expected), model.substr(position, expected));
+        position += expected;
+      }
+      ASSERT_EQ(file.GetSize(), static_cast<long long>(model.size()));
+      if (step % 25 == 0) {
+        ASSERT_EQ(ReadLogical(name), model) << "as the info file lists it";
+      }
+    }
+    ASSERT_EQ(file.FClose(), 0);
+    EXPECT_GT(ListedSegments(name).size(), 10u);
+    EXPECT_EQ(ReadLogical(name), model);
+  }
+}
+
+TEST(SegmentedFile, TheJoinEngineRunsOnTheOpenSegment) {
+  TempFolder dir;
+  std::string first = Pattern(5000, 1), second = Pattern(3000, 2);
+  WriteAll(dir.Bytes("first"), first);
+  WriteAll(dir.Bytes("second"), second);
+  MFiles disc;
+  ASSERT_EQ(disc.FOpen(dir.Path("disc.iso"), MFile::file_overlapped_create), 0);
+  ASSERT_EQ(disc.ConcatInitialize(2048, 0), 0);
+  bool cancelled = false;
+  MString one = dir.Path("first"), two = dir.Path("second");
+  EXPECT_EQ(disc.ConcatFile(one, 0, cancelled), 0);
+  EXPECT_EQ(disc.ConcatFile(two, 0, cancelled), 0);
+  std::string sector(2048, '\0');
+  std::memcpy(sector.data(), "tail", 4);
+  EXPECT_EQ(disc.ConcatBufferSynchronously(sector.data(), 2048), 0);
+  disc.FClose();
+  // Each source padded with zeros to whole sectors.
+  EXPECT_EQ(ReadAll(dir.Bytes("disc.iso")),
+            first + std::string(6144 - 5000, '\0') + second + std::string(4096 - 3000, '\0') + sector);
+}

@@ -1,0 +1,358 @@
+// The application's environment with the system's answers set by the test:
+// the executable in a temporary tree, the user's home folder, module loads
+// counted, and settings writes that fail part way.
+#include <VantoroBasicUtils/environment/CBrevanderDirectories.h>
+#include <VantoroBasicUtils/environment/CBrevanderProfile.h>
+#include <VantoroBasicUtils/environment/CSharedLibrary.h>
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <algorithm>
+#include <filesystem>
+#include <string>
+
+#include "platform/FaultInjection.h"
+#include "platform/internal/Errors.h"
+#include "platform/internal/SettingsFile.h"
+#include "support/TempFolder.h"
+
+using namespace vbu::literals;
+namespace vp = vbu::platform;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::u16string S(const MString& text) { return Text(text); }
+std::u16string Wide(const std::string& bytes) { return std::u16string(bytes.begin(), bytes.end()); }
+
+// The running program's file and the user's home folder, as the test says.
+class StFakeSystem : public StSysCallTable {
+ public:
+  StFakeSystem(std::string exe, std::string home) {
+    sExe = std::move(exe);
+    sHome = std::move(home);
+    vp::Sys().readlink = [](const char* path, char* buffer, std::size_t size) -> long {
+      if (std::strcmp(path, "/proc/self/exe") != 0) return vp::DefaultSysCalls().readlink(path, buffer, size);
+      if (sExe.empty()) return errno = ENOENT, -1;
+      std::size_t n = std::min(size, sExe.size());
+      std::memcpy(buffer, sExe.data(), n);
+      return static_cast<long>(n);
+    };
+    vp::Sys().getpwuid_r = [](unsigned, struct passwd* record, char* buffer, std::size_t size,
+                              struct passwd** result) -> int {
+      *result = nullptr;
+      if (sHome.empty()) return 0;  // no entry
+      if (size < sHome.size() + 1) return ERANGE;
+      std::memset(record, 0, sizeof *record);
+      std::memcpy(buffer, sHome.c_str(), sHome.size() + 1);
+      record->pw_dir = buffer;
+      *result = record;
+      return 0;
+    };
+  }
+
+ private:
+  static inline std::string sExe, sHome;
+};
+
+class Profile : public CBrevanderProfile {
+ public:
+  static void Initialize() { InitializeProfileValue(); }
+};
+
+}  // namespace
+
+TEST(ExecutablePaths, TheFolderAndTheSettingsFileFollowTheProgramsPath) {
+  struct Case {
+    std::string exe;
+    std::u16string folder, profile;
+  } cases[] = {
+      {"/opt/tool/bin/tool", u"/opt/tool/bin/", u"/opt/tool/bin/tool.ini"},
+      {"/opt/tool.d/bin/tool", u"/opt/tool.d/bin/", u"/opt/tool.d/bin/tool.ini"},  // a dot in a folder is no cut
+      {"/opt/bin/tool.exe", u"/opt/bin/", u"/opt/bin/tool.ini"},
+      {"/opt/bin/a.b.c", u"/opt/bin/", u"/opt/bin/a.b.ini"},
+      {"/opt/bin/.tool", u"/opt/bin/", u"/opt/bin/.tool.ini"},  // a hidden file's dot is no extension
+      {"tool.exe", u"Error", u"Error"},                          // no separator at all
+      {"", u"Error", u"Error"},                                  // the system cannot tell
+  };
+  for (const Case& c : cases) {
+    StFakeSystem system(c.exe, "/home/ann");
+    EXPECT_EQ(S(CBrevanderDirectories::GetAppDirectory()), c.folder) << c.exe;
+    EXPECT_EQ(S(CBrevanderDirectories::GetAppProfile()), c.profile) << c.exe;
+  }
+  // The real one: this test program.
+  EXPECT_EQ(S(CBrevanderDirectories::GetAppDirectory()), Wide(fs::read_symlink("/proc/self/exe").parent_path().string() + "/"));
+  EXPECT_EQ(S(CBrevanderDirectories::GetSystemDirectoryW()), u"/usr/lib/");
+  EXPECT_EQ(S(CBrevanderDirectories::GetSystemDriverDirectory()), u"/usr/lib/drivers/");
+}
+
+TEST(ExecutablePaths, TheUsersHomeFolderStandsForTheSystemDrive) {
+  struct Case {
+    std::string home;
+    std::u16string drive;
+  } cases[] = {{"/home/ann", u"/home/ann"}, {"/home/ann/", u"/home/ann"}, {"/", u""}, {"", u""}};
+  for (const Case& c : cases) {
+    StFakeSystem system("/opt/bin/tool", c.home);
+    EXPECT_EQ(S(CBrevanderDirectories::GetSystemDrive()), c.drive) << c.home;
+  }
+  // The real one: the password database's entry of this user.
+  struct passwd* real = getpwuid(getuid());
+  if (real && real->pw_dir) {
+    std::string home = real->pw_dir;
+    while (!home.empty() && home.back() == '/') home.pop_back();
+    EXPECT_EQ(S(CBrevanderDirectories::GetSystemDrive()), Wide(home));
+  }
+}
+
+// The executable at <tree>/app/bin/tool, the user's home at <tree>/home.
+class AppTree : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    fs::create_directories(tree.Bytes("app/bin"));
+    fs::create_directories(tree.Bytes("home"));
+    fs::create_directories(tree.Bytes("work"));
+    system = std::make_unique<StFakeSystem>(tree.Bytes("app/bin/tool"), tree.Bytes("home"));
+    bin = Wide(tree.Bytes("app/bin/"));
+  }
+  void TearDown() override {
+    CBrevanderProfile::SetProfilePath(nullptr);
+    system.reset();
+  }
+  bool IsFolder(const std::string& name) { return fs::is_directory(tree.Bytes(name)); }
+
+  TempFolder tree;
+  std::unique_ptr<StFakeSystem> system;
+  std::u16string bin;
+};
+
+TEST_F(AppTree, FoldersBesideTheExecutableAreMadeWhereTheyAreForWriting) {
+  EXPECT_EQ(S(CBrevanderDirectories::GetProjectTemplateDirectory()), bin + u"Project Templates/");
+  EXPECT_EQ(S(CBrevanderDirectories::GetTempDirectory()), bin + u"Temp/");
+  EXPECT_EQ(S(CBrevanderDirectories::GetSupportDataDirectory()), bin + u"Data/");
+  EXPECT_EQ(S(CBrevanderDirectories::GetDocumentationDirectory()), bin + u"Documentation/");
+  EXPECT_TRUE(IsFolder("app/bin/Project Templates"));
+  EXPECT_TRUE(IsFolder("app/bin/Temp"));
+  EXPECT_TRUE(IsFolder("app/bin/Data"));
+  EXPECT_FALSE(IsFolder("app/bin/Documentation"));
+
+  // Two separators in a row; only the last level is made, so its parent must be there.
+  EXPECT_EQ(S(CBrevanderDirectories::GetTemplateDirectory()), bin + u"/My Scenarios/Templates/");
+  EXPECT_FALSE(IsFolder("app/bin/My Scenarios"));
+  fs::create_directories(tree.Bytes("app/bin/My Scenarios"));
+  CBrevanderDirectories::GetTemplateDirectory();
+  EXPECT_TRUE(IsFolder("app/bin/My Scenarios/Templates"));
+  EXPECT_EQ(S(CBrevanderDirectories::GetTempDirectory()), bin + u"Temp/") << "a folder that is there is no failure";
+}
+
+TEST_F(AppTree, SupportFilesByResolution) {
+  struct Case {
+    MString (*get)(resolution_t);
+    std::u16string ntsc, pal;
+  } cases[] = {
+      {CBrevanderDirectories::GetDefaultBackgroundImageFile, u"bg_ntsc.mps", u"bg_pal.mps"},
+      {CBrevanderDirectories::GetPlaceHolderWarningMpegFile, u"w_ph_ntsc.mps", u"w_ph_pal.mps"},
+      {CBrevanderDirectories::GetMissingVobWarningMpegFile, u"w_vob_ntsc.mps", u"w_vob_pal.mps"},
+      {CBrevanderDirectories::GetPlaceHolderWarningVobFile, u"w_ph_ntsc.vob", u"w_ph_pal.vob"},
+      {CBrevanderDirectories::GetMissingVobWarningVobFile, u"w_vob_ntsc.vob", u"w_vob_pal.vob"},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(S(c.get(kResolutionNTSC)), bin + u"Data/" + c.ntsc);
+    EXPECT_EQ(S(c.get(kResolutionPAL)), bin + u"Data/" + c.pal);
+    EXPECT_EQ(S(c.get(kResolutionUnset)), bin + u"Data/" + c.pal) << "anything but NTSC is PAL";
+  }
+  EXPECT_EQ(S(CBrevanderDirectories::GetDefaultSubPicBackgroundNTSCVideo()), bin + u"Data/defaultStill_NTSC.mps");
+  EXPECT_EQ(S(CBrevanderDirectories::GetDefaultSubPicBackgroundPALVideo()), bin + u"Data/defaultStill_PAL.mps");
+  EXPECT_TRUE(IsFolder("app/bin/Data"));
+}
+
+TEST_F(AppTree, CacheFoldersStandBesideTheirDocument) {
+  std::u16string work = Wide(tree.Bytes("work/"));
+  std::u16string film = work + u"Film.dat";
+  unsigned short* path = const_cast<unsigned short*>(vbu::ToUnits(film.c_str()));
+  EXPECT_EQ(S(CBrevanderDirectories::GetEncodedJacketDataDirectory(path)),
+            work + u"Film Cache/Encoded Files/Jacket Files/");
+  EXPECT_TRUE(IsFolder("work/Film Cache/Encoded Files/Jacket Files"));
+  EXPECT_EQ(S(CBrevanderDirectories::GetSubtitleTextDirectory(path)), work + u"Film Cache/Subtitle Files/");
+  EXPECT_TRUE(IsFolder("work/Film Cache/Subtitle Files"));
+  EXPECT_EQ(S(CBrevanderDirectories::GetEncodedDataDirectory(path)), work + u"Film Cache/Encoded Files/");
+  std::u16string bare = work + u"Take";
+  EXPECT_EQ(S(CBrevanderDirectories::GetTempDataDirectory(const_cast<unsigned short*>(vbu::ToUnits(bare.c_str())))),
+            work + u"Take Cache/");
+  EXPECT_TRUE(IsFolder("work/Take Cache"));
+
+  EXPECT_EQ(S(CBrevanderDirectories::GetBody(vbu::ToUnits(film.c_str()))), work + u"Film");
+  EXPECT_EQ(S(CBrevanderDirectories::GetDirectory(vbu::ToUnits(film.c_str()))), work);
+  EXPECT_EQ(S(CBrevanderDirectories::GetDirectory(u"Film.dat"_u16)), u"");
+
+  // A missing parent leaves the folder unmade, and the path comes all the same; no file, no folder.
+  std::u16string lost = Wide(tree.Bytes("nowhere/x.dat"));
+  EXPECT_EQ(S(CBrevanderDirectories::GetEncodedDataDirectory(const_cast<unsigned short*>(vbu::ToUnits(lost.c_str())))),
+            Wide(tree.Bytes("nowhere/x Cache/Encoded Files/")));
+  EXPECT_FALSE(fs::exists(tree.Bytes("nowhere")));
+  EXPECT_EQ(S(CBrevanderDirectories::GetEncodedJacketDataDirectory(const_cast<unsigned short*>(u""_u16))), u"");
+  EXPECT_EQ(S(CBrevanderDirectories::GetTempDataDirectory(nullptr)), u"");
+}
+
+TEST_F(AppTree, UserFoldersDefaultToTheHomeFolder) {
+  CBrevanderProfile::SetProfilePath(tree.Path("app/bin/tool.ini"));
+  std::u16string home = Wide(tree.Bytes("home"));
+  EXPECT_EQ(S(CBrevanderDirectories::GetScenarioDirectory()), home + u"/My Scenarios/");
+  EXPECT_TRUE(IsFolder("home/My Scenarios"));
+  EXPECT_EQ(S(CBrevanderDirectories::GetScriptDirectory()), home + u"/My Scenarios/Script/");
+  EXPECT_TRUE(IsFolder("home/My Scenarios/Script"));
+  EXPECT_FALSE(fs::exists(tree.Bytes("app/bin/tool.ini"))) << "reading writes nothing";
+}
+
+TEST_F(AppTree, SetAppProfileUsesTheFileBesideTheExecutable) {
+  CBrevanderProfile::SetAppProfile();
+  std::string ini = ReadAll(tree.Bytes("app/bin/tool.ini"));
+  EXPECT_EQ(ini.rfind("[Vantoro]\r\n1=0\r\n2=0\r\n3=0\r\nVantoro Name=Vantoro\r\n[Preference]\r\n", 0), 0u);
+  EXPECT_EQ(CBrevanderProfile::GetProfileIntW(kProfileAudioBitrate, 96), 128);
+  CBrevanderProfile::WriteProfileInt(kProfileAudioBitrate, 256);
+  EXPECT_NE(ReadAll(tree.Bytes("app/bin/tool.ini")).find("Bitrate=256\r\n"), std::string::npos);
+}
+
+namespace {
+
+// Fails the `n`th call (1 = the next) of one system call with `error`; the
+// others go through. A write fails after moving half of what it was given.
+class StFailSettingsCall : public StSysCallTable {
+ public:
+  enum Call { kOpen, kWrite, kFsync, kClose, kRename, kChmod };
+  StFailSettingsCall(Call call, int n, int error) {
+    sCountdown = n;
+    sError = error;
+    switch (call) {
+      case kOpen:
+        vp::Sys().open = [](const char* path, int flags, unsigned mode) {
+          if ((flags & O_CREAT) && --sCountdown == 0) return errno = sError, -1;
+          return vp::DefaultSysCalls().open(path, flags, mode);
+        };
+        break;
+      case kWrite:
+        vp::Sys().write = [](int fd, const void* buffer, std::size_t count) -> long {
+          if (fd > 2 && --sCountdown == 0) {
+            if (count > 1) return vp::DefaultSysCalls().write(fd, buffer, count / 2);
+            return errno = sError, -1;
+          }
+          if (fd > 2 && sCountdown < 0) return errno = sError, -1;
+          return vp::DefaultSysCalls().write(fd, buffer, count);
+        };
+        break;
+      case kFsync:
+        vp::Sys().fsync = [](int fd) { return --sCountdown == 0 ? (errno = sError, -1) : vp::DefaultSysCalls().fsync(fd); };
+        break;
+      case kClose:
+        vp::Sys().close = [](int fd) {
+          int result = vp::DefaultSysCalls().close(fd);
+          return --sCountdown == 0 ? (errno = sError, -1) : result;
+        };
+        break;
+      case kRename:
+        vp::Sys().rename = [](const char* from, const char* to) {
+          return --sCountdown == 0 ? (errno = sError, -1) : vp::DefaultSysCalls().rename(from, to);
+        };
+        break;
+      case kChmod:
+        vp::Sys().chmod = [](const char* path, unsigned mode) {
+          return --sCountdown == 0 ? (errno = sError, -1) : vp::DefaultSysCalls().chmod(path, mode);
+        };
+        break;
+    }
+  }
+
+ private:
+  static inline int sCountdown = 0;
+  static inline int sError = 0;
+};
+
+}  // namespace
+
+TEST(SettingsFile, AnInterruptedWriteLeavesTheOldFileWhole) {
+  TempFolder dir;
+  const std::string old = "; notes\n[Audio]\nBitrate=128\n" + std::string(100000, 'x') + "=1\n";
+  const std::u16string path = Wide(dir.Bytes("app.ini"));
+  struct Case {
+    StFailSettingsCall::Call call;
+    int n, error;
+    const char* what;
+  } cases[] = {
+      {StFailSettingsCall::kWrite, 1, ENOSPC, "a full disk"},
+      {StFailSettingsCall::kWrite, 1, EIO, "an I/O error"},
+      {StFailSettingsCall::kFsync, 1, EIO, "a failed flush"},
+      {StFailSettingsCall::kClose, 2, EIO, "a failed close"},  // the first close is the read's
+      {StFailSettingsCall::kRename, 1, EIO, "a failed rename"},
+      {StFailSettingsCall::kOpen, 1, EACCES, "a folder that takes no file"},
+      {StFailSettingsCall::kChmod, 1, EPERM, "permissions that cannot be carried over"},
+  };
+  for (const Case& c : cases) {
+    WriteAll(dir.Bytes("app.ini"), old);
+    uint32_t result;
+    {
+      StFailSettingsCall failing(c.call, c.n, c.error);
+      result = vp::WriteSetting(path.c_str(), u"Audio", u"Bitrate", u"256");
+    }
+    EXPECT_EQ(result, static_cast<uint32_t>(c.error)) << c.what;
+    EXPECT_EQ(ReadAll(dir.Bytes("app.ini")), old) << c.what;
+    int files = 0;
+    for (const auto& entry : fs::directory_iterator(dir.Bytes(""))) files += entry.is_regular_file();
+    EXPECT_EQ(files, 1) << c.what << ": nothing is left beside the file";
+  }
+  // Through the profile the failure is silent, and the file is whole as well.
+  {
+    CBrevanderProfile::SetProfilePath(vbu::ToUnits(path.c_str()));
+    StFailSettingsCall failing(StFailSettingsCall::kWrite, 1, ENOSPC);
+    CBrevanderProfile::WriteProfileInt(kProfileAudioBitrate, 256);
+    CBrevanderProfile::SetProfilePath(nullptr);
+  }
+  EXPECT_EQ(ReadAll(dir.Bytes("app.ini")), old);
+  EXPECT_EQ(vp::WriteSetting(path.c_str(), u"Audio", u"Bitrate", u"256"), 0u);
+  EXPECT_NE(ReadAll(dir.Bytes("app.ini")).find("Bitrate=256\r\n"), std::string::npos);
+}
+
+TEST(SettingsFile, AFileThatCannotBeReadIsNotReplaced) {
+  TempFolder dir;
+  WriteAll(dir.Bytes("app.ini"), "[A]\nx=1\n");
+  const std::u16string path = Wide(dir.Bytes("app.ini"));
+  StSysCallTable saved;
+  vp::Sys().read = [](int, void*, std::size_t) -> long { return errno = EIO, -1; };
+  EXPECT_EQ(vp::WriteSetting(path.c_str(), u"A", u"y", u"2"), vp::kErrorIo);
+  std::u16string value;
+  EXPECT_FALSE(vp::ReadSetting(path.c_str(), u"A", u"x", &value));
+  vp::Sys() = vp::DefaultSysCalls();
+  EXPECT_EQ(ReadAll(dir.Bytes("app.ini")), "[A]\nx=1\n");
+}
+
+namespace {
+
+int gOpens = 0;
+
+}  // namespace
+
+TEST(SharedLibrary, LoadsOnceAndTriesAgainAfterAFailure) {
+  StSysCallTable saved;
+  gOpens = 0;
+  vp::Sys().dlopen = [](const char* name, int flags) {
+    ++gOpens;
+    return vp::DefaultSysCalls().dlopen(name, flags);
+  };
+  MString path;
+  path.ImportASCII(VBU_TEST_PLUGIN, -1);
+  CSharedLibrary plugin(path);
+  EXPECT_TRUE(plugin.Load());
+  EXPECT_TRUE(plugin.Load());
+  EXPECT_NE(plugin.LoadFunction("VbuTestPluginAnswer"), nullptr);
+  EXPECT_EQ(gOpens, 1);
+
+  CSharedLibrary missing(u"/no/such/module.so"_u16);
+  EXPECT_FALSE(missing.Load());
+  EXPECT_EQ(missing.LoadFunction("VbuTestPluginAnswer"), nullptr);
+  EXPECT_EQ(gOpens, 3) << "a failed load is tried again";
+}

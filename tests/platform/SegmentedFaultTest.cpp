@@ -1,0 +1,123 @@
+// The segmented file when the system fails: a failure swept over every
+// system call of writes that cross segment ends (the switch to an info
+// file with its link and renames, each new segment, each line appended to
+// the info file), once as an I/O error of one call and once as a disk that
+// fills up. Whatever fails, the write says so, the bytes reported written
+// are there, and the info file opens and reads.
+#include <VantoroBasicUtils/files/MFiles.h>
+
+#include <gtest/gtest.h>
+
+#include "platform/SysCallSweep.h"
+#include "support/LogicalFile.h"
+#include "support/TempFolder.h"
+
+using namespace vbu::literals;
+
+namespace {
+
+struct SweepResult {
+  bool tripped = false;
+  long long reported = 0;  // bytes the writes said they wrote
+  bool failedWrite = false;
+};
+
+// Opens a new file with a limit of 1000, writes 600 bytes, then writes
+// pieces of 700 (crossing an end at every one but one) with the failure in force.
+SweepResult WriteWithFailure(const TempFolder& dir, const std::string& data, int n, int error,
+                             StFailNthFileCall::Mode mode) {
+  SweepResult result;
+  MFiles file;
+  EXPECT_EQ(file.FOpen(dir.Path("title.vob"), MFile::file_create_binary), 0);
+  file.SetMaxFileSize(1000);
+  EXPECT_EQ(file.FWrite(data.data(), 600), 600);
+  result.reported = 600;
+  {
+    StFailNthFileCall fail(n, error, mode);
+    for (long long at = 600; at + 700 <= static_cast<long long>(data.size()); at += 700) {
+      int written = file.FWrite(data.data() + at, 700);
+      if (written != 700) {
+        EXPECT_LT(written, 0) << "a failure gives a negative value, never a short count";
+        result.failedWrite = true;
+        break;
+      }
+      result.reported += 700;
+    }
+    result.tripped = fail.Tripped();
+  }
+  file.FClose();
+  return result;
+}
+
+// Sweeps the failure over every call (every write, for a full disk); the
+// writes make at least `calls` of them, and at least `failures` failures
+// reach the caller.
+void Sweep(int error, StFailNthFileCall::Mode mode, int calls, int failuresSeen) {
+  const std::string data = Pattern(600 + 6 * 700);
+  int failures = 0;
+  for (int n = 1; n < 10000; ++n) {
+    SCOPED_TRACE(n);
+    TempFolder dir;
+    SweepResult result = WriteWithFailure(dir, data, n, error, mode);
+    if (!result.tripped) {
+      EXPECT_EQ(result.reported, static_cast<long long>(data.size()));
+      EXPECT_GT(n, calls) << "the writes make more calls than that";
+      break;
+    }
+    failures += result.failedWrite;
+    MString name = dir.Path("title.vob");
+    // Every listed segment is there, and the logical file reads whole.
+    std::vector<MString> segments = ListedSegments(name);
+    ASSERT_FALSE(segments.empty());
+    for (MString& segment : segments) EXPECT_TRUE(MFile::FileExist(segment)) << Text(segment).size();
+    std::string content = ReadLogical(name);
+    ASSERT_NE(content, "<unreadable>");
+    ASSERT_GE(content.size(), static_cast<std::size_t>(result.reported)) << "reported bytes were lost";
+    EXPECT_EQ(content, data.substr(0, content.size()));
+    EXPECT_FALSE(std::filesystem::exists(dir.Bytes("title.vob.cfx.new")));
+  }
+  EXPECT_GE(failures, failuresSeen);
+}
+
+}  // namespace
+
+TEST(SegmentedFaults, AnIoErrorAtEveryCallOfCrossingWrites) { Sweep(EIO, StFailNthFileCall::kOneCall, 60, 40); }
+
+TEST(SegmentedFaults, ADiskThatFillsUpDuringCrossingWrites) { Sweep(ENOSPC, StFailNthFileCall::kFullDisk, 10, 10); }
+
+TEST(SegmentedFaults, WithoutHardLinksTheSwitchRenames) {
+  TempFolder dir;
+  StSysCallTable saved;
+  vbu::platform::Sys().link = [](const char*, const char*) { return errno = EPERM, -1; };
+  std::string data = Pattern(2500);
+  MFiles file;
+  ASSERT_EQ(file.FOpen(dir.Path("f"), MFile::file_create_binary), 0);
+  file.SetMaxFileSize(1000);
+  ASSERT_EQ(file.FWrite(data.data(), 900), 900);
+  ASSERT_EQ(file.FWrite(data.data() + 900, 900), 900);
+  ASSERT_EQ(file.FWrite(data.data() + 1800, 700), 700);
+  ASSERT_EQ(file.FClose(), 0);
+  EXPECT_EQ(ReadLogical(dir.Path("f")), data);
+}
+
+TEST(SegmentedFaults, AnInfoFileThatCannotBeAskedIsNeverTakenForANewFile) {
+  TempFolder dir;
+  std::string data = Pattern(2500);
+  {
+    MFiles file;
+    ASSERT_EQ(file.FOpen(dir.Path("f"), MFile::file_create_binary), 0);
+    file.SetMaxFileSize(1000);
+    ASSERT_EQ(file.FWrite(data.data(), 1000), 1000);
+    ASSERT_EQ(file.FWrite(data.data() + 1000, 1000), 1000);
+    ASSERT_EQ(file.FWrite(data.data() + 2000, 500), 500);
+  }
+  std::string info = ReadAll(dir.Bytes("f"));
+  {
+    StSysCallTable saved;
+    vbu::platform::Sys().stat = [](const char*, struct ::stat*) { return errno = EIO, -1; };
+    MFiles file;
+    EXPECT_EQ(file.FOpen(dir.Path("f"), MFile::file_create_binary), -1);
+  }
+  EXPECT_EQ(ReadAll(dir.Bytes("f")), info) << "not emptied as a plain file";
+  EXPECT_EQ(ReadLogical(dir.Path("f")), data);
+}

@@ -1,0 +1,201 @@
+// The task list: single-run queuing by class, promotion and hand-over, the
+// host's questions, and listeners that start or abort tasks from inside the
+// list's own broadcasts.
+#include <VantoroBasicUtils/tasks/CThreadAction.h>
+
+#include <gtest/gtest.h>
+
+#include "TaskProbe.h"
+
+using namespace taskprobe;
+using namespace vbu::literals;
+
+namespace {
+
+class TaskList : public ::testing::Test {
+ protected:
+  void SetUp() override { SetUpMainThread(); }
+  void TearDown() override {
+    EXPECT_EQ(List()->GetThreadCount(), 0);
+    EXPECT_EQ(List()->GetVisibleCount(), 0);
+  }
+  static CThreadAction* List() { return CThreadAction::GetThreadAction(); }
+};
+
+// The position of the first entry `name` in the log, or -1.
+long At(Log& log, const std::string& name) {
+  const std::vector<std::string> names = log.Names();
+  for (size_t i = 0; i < names.size(); ++i)
+    if (names[i] == name) return static_cast<long>(i);
+  return -1;
+}
+
+}  // namespace
+
+TEST_F(TaskList, SingleRunTasksOfOneClassRunOneAfterAnotherInOrderOfArrival) {
+  Log log;
+  Gate gates[3];
+  Probe* tasks[3];
+  const char* names[] = {"A", "B", "C"};
+  for (int i = 0; i < 3; ++i) {
+    tasks[i] = new Probe(log, names[i], true, true, true);
+    tasks[i]->gate = &gates[i];
+    tasks[i]->Execute();
+  }
+  ASSERT_TRUE(PumpUntil([&] { return log.Has("A.RunSelf"); }));
+  EXPECT_EQ(List()->FindRunningThread(tasks[2]), tasks[0]);
+  EXPECT_EQ(List()->FindWaitingThread(tasks[0]), tasks[1]) << "the longest-waiting one of the class";
+  EXPECT_EQ(List()->FindThread(tasks[0]->GetThreadId()), tasks[0]);
+  EXPECT_EQ(List()->GetThreadCount(), 3);
+  gates[2].Open();  // C may run through at once, but only in its turn
+  gates[1].Open();
+  EXPECT_FALSE(log.Has("B.RunSelf"));
+  gates[0].Open();
+  ASSERT_TRUE(PumpUntil([&] { return log.Has("C.delete"); }));
+  // B starts only once A has left the list (the removal step of CleanUp), C after B.
+  EXPECT_LT(At(log, "A.pass>B"), At(log, "B.RunSelf"));
+  EXPECT_LT(At(log, "A.PostPlay"), At(log, "B.RunSelf"));
+  EXPECT_LT(At(log, "B.pass>C"), At(log, "C.RunSelf"));
+  EXPECT_GE(At(log, "C.pass>null"), 0);
+}
+
+TEST_F(TaskList, DifferentClassesAndTasksThatAreNotSingleRunRunSideBySide) {
+  Log log;
+  Gate gate;
+  Probe* a = new Probe(log, "A", true, true, true);
+  Probe* b = new ProbeB(log, "B", true, true, true);  // another class, same type number
+  Probe* c1 = new ProbeC(log, "C1", true, true, false);
+  Probe* c2 = new ProbeC(log, "C2", true, true, false);
+  for (Probe* p : {a, b, c1, c2}) {
+    p->gate = &gate;
+    p->SetThreadType(7);
+    p->Execute();
+  }
+  ASSERT_TRUE(PumpUntil([&] {
+    return log.Has("A.RunSelf") && log.Has("B.RunSelf") && log.Has("C1.RunSelf") && log.Has("C2.RunSelf");
+  }));
+  EXPECT_EQ(List()->IsThreadTypeRunning(7), 1) << "the first of the type";
+  EXPECT_EQ(List()->FindRunningThread(c1), nullptr) << "not single-run: never on the running list";
+  EXPECT_EQ(List()->FindThread(c1->GetThreadId()), nullptr) << "found by id only if single-run";
+  EXPECT_EQ(List()->FindThread(b->GetThreadId()), b);
+  gate.Open();
+  ASSERT_TRUE(PumpUntil([&] { return List()->GetThreadCount() == 0; }));
+  ASSERT_TRUE(PumpUntil([&] { return log.Has("C2.delete") && log.Has("C1.delete"); }));
+}
+
+TEST_F(TaskList, AbortingTheMiddleOfThreeWaitingTasksPromotesNothingAndSkipsIt) {
+  Log log;
+  Gate gate;
+  Probe* first = new Probe(log, "A", true, true, true);
+  Probe* middle = new Probe(log, "B", true, true, true);
+  Probe* last = new Probe(log, "C", true, true, true);
+  first->gate = &gate;
+  for (Probe* p : {first, middle, last}) p->Execute();
+  ASSERT_TRUE(PumpUntil([&] { return log.Has("A.RunSelf"); }));
+  middle->Abort();
+  EXPECT_TRUE(log.Has("B.delete"));
+  EXPECT_EQ(List()->FindWaitingThread(first), last);
+  EXPECT_FALSE(log.Has("C.RunSelf"));
+  gate.Open();
+  ASSERT_TRUE(PumpUntil([&] { return log.Has("C.delete"); }));
+  EXPECT_EQ(At(log, "B.pass>null"), -1) << "a waiting task hands nothing over";
+  EXPECT_GE(At(log, "A.pass>C"), 0);
+  EXPECT_EQ(At(log, "B.RunSelf"), -1);
+}
+
+TEST_F(TaskList, APromotedTaskThatRefusesToStartPassesTheTurnOn) {
+  Log log;
+  Gate gate;
+  Probe* first = new Probe(log, "A", true, true, true);
+  Probe* refusing = new Probe(log, "B", true, true, true);
+  Probe* last = new Probe(log, "C", true, true, true);
+  first->gate = &gate;
+  refusing->refuse = true;
+  for (Probe* p : {first, refusing, last}) p->Execute();
+  gate.Open();
+  ASSERT_TRUE(PumpUntil([&] { return log.Has("C.delete"); }));
+  EXPECT_GE(At(log, "B.PostPlay"), 0) << "the road of a refused start";
+  EXPECT_EQ(At(log, "B.RunSelf"), -1);
+  EXPECT_GE(At(log, "A.pass>B"), 0);
+  EXPECT_GE(At(log, "B.pass>C"), 0);
+}
+
+TEST_F(TaskList, AnswersQuestionsAboutVisibleTasksTypesAndNames) {
+  EXPECT_EQ(List()->GetFirstVisibleThread(), nullptr);
+  EXPECT_EQ(List()->GetThread(1), nullptr);
+  Log log;
+  Gate gate;
+  Probe* hidden = new Probe(log, "H", true, true);
+  hidden->SetVisible(false);
+  hidden->SetThreadType(3);
+  Probe* shown = new Probe(log, "S", true, true);
+  shown->SetThreadType(5);
+  shown->GetDescription() = u"Burn disc"_u16;
+  for (Probe* p : {hidden, shown}) {
+    p->gate = &gate;
+    p->Execute();
+  }
+  EXPECT_EQ(List()->GetThreadCount(), 2);
+  EXPECT_EQ(List()->GetVisibleCount(), 1);
+  EXPECT_EQ(List()->GetFirstVisibleThread(), shown);
+  EXPECT_EQ(List()->GetThread(2), shown);
+  EXPECT_EQ(List()->GetThread(kLastIndex), shown);
+  EXPECT_EQ(List()->GetThread(3), nullptr);
+  EXPECT_EQ(List()->IsThreadTypeRunning(5), 2) << "a position, not a truth value";
+  EXPECT_EQ(List()->IsThreadTypeRunning(4), 0);
+  unsigned short name[] = {'B', 'u', 'r', 'n', ' ', 'd', 'i', 's', 'c', 0};
+  EXPECT_EQ(List()->FindThread(name), shown);
+  name[0] = 'b';
+  EXPECT_EQ(List()->FindThread(name), nullptr) << "case matters";
+  gate.Open();
+  ASSERT_TRUE(PumpUntil([&] { return log.Has("H.delete") && log.Has("S.delete"); }));
+}
+
+// From inside the list's broadcasts (under its lock): starts "X" when it
+// hears that "A" arrived, and aborts the waiting "B" when "X" leaves.
+class Meddler : public LListener {
+ public:
+  explicit Meddler(Log& log) : mLog(log) {}
+  bool ListenToMessage(long message, void* param) override {
+    auto* task = dynamic_cast<Probe*>(static_cast<CBrevanderThread*>(param));
+    if (!task) return false;
+    if (message == kMsgThreadAdded && task->Name() == "A") {
+      (new ProbeC(mLog, "X", true, true))->Execute();
+      countAtAdd = CThreadAction::GetThreadAction()->GetThreadCount();
+    }
+    if (message == kMsgThreadRemoved && task->Name() == "X" && toAbort) {
+      toAbort->Abort();
+      countAtRemove = CThreadAction::GetThreadAction()->GetThreadCount();
+    }
+    return true;
+  }
+  Probe* toAbort = nullptr;
+  long countAtAdd = 0, countAtRemove = 0;
+
+ private:
+  Log& mLog;
+};
+
+TEST_F(TaskList, AListenerMayStartAndAbortTasksFromInsideTheBroadcasts) {
+  Log log;
+  Gate gate;
+  Meddler meddler(log);
+  List()->AddListener(&meddler);
+  Probe* a = new Probe(log, "A", true, true, true);
+  a->gate = &gate;
+  a->Execute();
+  EXPECT_EQ(meddler.countAtAdd, 2);
+  Probe* b = new Probe(log, "B", true, true, true);  // waits behind A
+  meddler.toAbort = b;
+  b->Execute();
+  ASSERT_TRUE(PumpUntil([&] { return log.Has("X.delete"); }));
+  EXPECT_TRUE(log.Has("B.delete")) << "aborted from inside X's removal";
+  EXPECT_EQ(meddler.countAtRemove, 1) << "X and B gone, A left";
+  EXPECT_EQ(List()->FindWaitingThread(a), nullptr);
+  gate.Open();
+  ASSERT_TRUE(PumpUntil([&] { return log.Has("A.delete"); }));
+  List()->RemoveListener(&meddler);
+  EXPECT_EQ(At(log, "B.RunSelf"), -1);
+  EXPECT_EQ(At(log, "B.PostPlay"), -1);
+  EXPECT_GE(At(log, "A.pass>null"), 0);
+}
