@@ -157,7 +157,7 @@ class Harness {
     mArray.reset();
     for (auto& it : mIterators) {
       int32_t item;
-      EXPECT_FALSE(it->Next(&item) || it->Previous(&item));
+      EXPECT_FALSE(it->Next(&item) || it->Previous(&item) || it->Current(&item));
       it->ResetTo(1);
       EXPECT_EQ(it->GetCurrentIndex(), IteratorModel::kDead);
     }

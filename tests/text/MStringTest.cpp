@@ -13,7 +13,7 @@ namespace {
 std::u16string S(const MString& s) { return std::u16string(reinterpret_cast<const char16_t*>(static_cast<const unsigned short*>(s))); }
 }  // namespace
 
-TEST(MString, ConstructionAndAssignment) {
+TEST(MString, ConstructionAssignmentAndAppendingItself) {
   EXPECT_EQ(S(MString()), u"");
   EXPECT_EQ(S(MString(u"abc"_u16, 2)), u"ab");
   EXPECT_EQ(S(MString(u"a"_u16, 2)), u"a");  // stops at the terminator
@@ -28,10 +28,7 @@ TEST(MString, ConstructionAndAssignment) {
   EXPECT_EQ(S(s), u"lf");
   MString room(10u);
   EXPECT_EQ(room.GetLength(), 0);
-}
-
-TEST(MString, AppendingItselfOrAPartOfItself) {
-  MString s(u"ab"_u16);
+  s = u"ab"_u16;  // appending itself, or a part of itself
   s += s;
   s += static_cast<const unsigned short*>(s) + 3;
   EXPECT_EQ(S(s + MString(u"y"_u16)), u"ababby");

@@ -139,11 +139,8 @@ TEST(CDuration, AnnouncesOnItsOwnNumbers) {
   d.SetResolution(kResolutionNTSC);
   d.SetDropType(kDrop);
   CTimecode start = T(0, 0, 1, 0);
-  d.SetStartTime(start);
-  d.SetStartTime(start);
   CTimecode end = T(0, 0, 2, 0);
-  d.SetEndTime(end);
-  d.SetEndTime(end);
+  for (int twice = 0; twice < 2; ++twice) d.SetStartTime(start), d.SetEndTime(end);
   EXPECT_EQ(log.ids, (std::vector<long>{kDurationResolutionChanged, kDurationDropTypeChanged,
                                          kDurationStartTimeChanged, kDurationLengthChanged}));
   CDuration copy(d);
@@ -157,10 +154,9 @@ TEST(TimeLists, OwnCopiesAndMoveToPAL) {
   times.Add(source);
   times.Add(T(1, 2, 3, 10));
   source.SetHour(7);  // the list holds a copy
-  times.Change2PAL();
-  EXPECT_EQ(L(*times.GetHead()), (Labels{0, 0, 1, 24}));
-  EXPECT_EQ(times.GetHead()->GetFrameRate(), 25.0);
-  EXPECT_EQ(L(*times.GetNext()), (Labels{1, 2, 3, 10}));
+  times.Change2PAL();  // frames past the new rate are clamped
+  EXPECT_EQ(*times.GetHead(), T(0, 0, 1, 24, 25.0));
+  EXPECT_EQ(*times.GetNext(), T(1, 2, 3, 10, 25.0));
   EXPECT_EQ(times.GetNext(), nullptr);
   CTimecodeList copy;
   copy = times;

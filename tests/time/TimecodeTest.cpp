@@ -52,7 +52,7 @@ TEST(CTimecode, ValidationClampsEveryField) {
   EXPECT_EQ(t.GetFrameRate(), 30.0);
 }
 
-TEST(CTimecode, TotalFramesAndTheirInverse) {
+TEST(CTimecode, TotalFramesMillisecondsAndPackedForm) {
   CTimecode t(0, 0, 1, 0, 30.0);
   EXPECT_EQ(t.GetTotalFrame(), 31);
   for (long total : {-5L, 0L, 1L, 31L, 1800L, 107892L, 2592001L}) {
@@ -65,18 +65,16 @@ TEST(CTimecode, TotalFramesAndTheirInverse) {
   EXPECT_EQ(L(pal), (Labels{0, 0, 1, 0}));
   EXPECT_DOUBLE_EQ(CTimecode().GetTotalSecond(), 1.0 / 30.0);
   EXPECT_EQ(static_cast<unsigned long>(CTimecode(0, 0, 2, 15, 30.0)), 2500ul);  // milliseconds
-}
-
-TEST(CTimecode, PackedForm) {
+  // The packed form: a rate code and the labels in one double.
   EXPECT_EQ(static_cast<double>(CTimecode()), 13000.0);
-  CTimecode t(0, 0, 0, 5, 30.0), converted = 13000.0;  // a plain converting constructor
-  t = 13000.0;
-  EXPECT_EQ(t, converted);
-  EXPECT_EQ(L(t), (Labels{0, 0, 0, 0}));
-  CTimecode pal(1, 2, 3, 4, 25.0), odd(0, 0, 1, 0, 29.97);
-  EXPECT_EQ(CTimecode(static_cast<double>(pal)), pal);
+  CTimecode five(0, 0, 0, 5, 30.0), converted = 13000.0;  // a plain converting constructor
+  five = 13000.0;
+  EXPECT_EQ(five, converted);
+  EXPECT_EQ(L(five), (Labels{0, 0, 0, 0}));
+  CTimecode labels(1, 2, 3, 4, 25.0), odd(0, 0, 1, 0, 29.97);
+  EXPECT_EQ(CTimecode(static_cast<double>(labels)), labels);
   EXPECT_EQ(CTimecode(static_cast<double>(odd)).GetFrameRate(), 30.0);  // only 24, 25 and 30 survive
-  CTimecode weird(1e300);                    // out of range: held, no crash
+  CTimecode weird(1e300);  // out of range: held, no crash
   EXPECT_GE(weird.GetFrameRate(), 24.0);
 }
 
