@@ -62,8 +62,8 @@ class Harness {
   void Remove(unsigned long count, long index) {
     auto before = Positions();
     mArray->RemoveItemsAt(count, index);
-    if (index == kLastIndex) index = Count();
-    if (mLocks > 0 || count == 0 || index < 1 || index > Count()) return;
+    index = InRange(index);
+    if (mLocks > 0 || count == 0 || !index) return;
     ModelRemove(std::min<unsigned long>(count, Count() - index + 1), index);
     CheckStillOnTheirItems(before);
   }
@@ -84,8 +84,7 @@ class Harness {
     long index = PickIndex();
     int32_t value = FreshValue();
     mArray->AssignItemsAt(count, index, &value, 0);
-    if (index == kLastIndex) index = Count();
-    if (index < 1 || index > Count()) return;
+    if (!(index = InRange(index))) return;
     if (!mKeepSorted) {  // iterators are not told
       std::fill(mItems.begin() + (index - 1), mItems.begin() + std::min<long>(index + count - 1, Count()), value);
     } else if (mLocks == 0) {  // kept sorted: a removal, then a sorted insertion of `count` copies
@@ -98,9 +97,8 @@ class Harness {
     long a = PickIndex(), b = PickIndex();
     bool swap = Pick(2);
     if (swap) mArray->SwapItems(a, b); else mArray->MoveItem(a, b);
-    if (a == kLastIndex) a = Count();
-    if (b == kLastIndex) b = Count();
-    if (a < 1 || a > Count() || b < 1 || b > Count()) return;
+    a = InRange(a), b = InRange(b);
+    if (!a || !b) return;
     auto at = [&](long i) { return mItems.begin() + (i - 1); };
     if (swap) {
       std::swap(*at(a), *at(b));
@@ -167,6 +165,12 @@ class Harness {
   // ---- the model
 
   long Count() const { return static_cast<long>(mItems.size()); }
+
+  // The index an operation on one item uses, or 0 where it does nothing.
+  long InRange(long index) const {
+    index = index == kLastIndex ? Count() : index;
+    return index >= 1 && index <= Count() ? index : 0;
+  }
 
   long SortedPlace(int32_t value) const {
     return std::lower_bound(mItems.begin(), mItems.end(), value) - mItems.begin() + 1;
