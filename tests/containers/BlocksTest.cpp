@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <new>
@@ -63,16 +64,15 @@ TEST(BlockCompare, UnsignedBytesThenShorterFirst) {
   EXPECT_EQ(BlockCompare(lo, hi, 1), -1);
   EXPECT_EQ(BlockCompare(a, b, 2, 3), -1);
   EXPECT_EQ(BlockCompare(a, b, 3, 2), 1);  // the differing byte wins over the size
-  EXPECT_TRUE(BlocksAreEqual(a, b, 0));
-  EXPECT_FALSE(BlocksAreEqual(a, b, 3));
+  EXPECT_TRUE(BlocksAreEqual(a, b, 0) && !BlocksAreEqual(a, b, 3));
 }
 
 TEST(DecimalText, BothDirections) {
   auto read = [](const char* s) { return ToCLongLong(reinterpret_cast<unsigned char*>(const_cast<char*>(s))); };
-  EXPECT_EQ(read("1,234"), 1234);
-  EXPECT_EQ(read("-5"), 5);
-  EXPECT_EQ(read(""), 0);
-  EXPECT_EQ(read("18446744073709551616"), 0);  // 2^64 wraps
+  // Digits only, signs and separators skipped; 2^64 wraps.
+  for (auto [text, value] : {std::pair{"1,234", 1234LL}, {"-5", 5LL}, {"", 0LL}, {"18446744073709551616", 0LL}}) {
+    EXPECT_EQ(read(text), value) << text;
+  }
   for (long long v : {0LL, 7LL, 4700000000LL, -1LL, LLONG_MIN, LLONG_MAX}) {
     char* text = ToString10(v);
     EXPECT_EQ(read(text), v);
@@ -126,14 +126,13 @@ TEST(Handle, RoundingAndResizes) {
 TEST(ScopeGuards, HandleAndPointerBlocks) {
   StHandleBlock a(300);
   StTempHandle t(0);
+  StClearHandleBlock bad(-1);
   EXPECT_EQ(static_cast<Handle*>(a)->GetSize(), 300u);
   EXPECT_NE(static_cast<Handle*>(t)->GetPtr(), nullptr);
-  StClearHandleBlock bad(-1);
   EXPECT_EQ(static_cast<Handle*>(bad), nullptr);
-  StPointerBlock p(4096);
+  StPointerBlock p(4096), none(0);
   StClearPointerBlock q(17);
-  for (int i = 0; i < 4096; ++i) ASSERT_EQ(p[i], 0);  // zero-filled
+  EXPECT_TRUE(std::all_of(&p[0], &p[0] + 4096, [](char c) { return c == 0; }));  // zero-filled
   EXPECT_EQ(q[16], 0);
-  StPointerBlock none(0);
   EXPECT_EQ(static_cast<char*>(none), nullptr);
 }

@@ -25,7 +25,7 @@ class Harness {
 
   void Run(int steps) {
     for (int step = 0; step < steps && !::testing::Test::HasFailure(); ++step) {
-      mStep = step;
+      SCOPED_TRACE("step " + std::to_string(step));
       switch (Pick(14)) {
         case 0: case 1: case 2: Insert(); break;
         case 3: case 4: Remove(Pick(4), PickIndex()); break;
@@ -52,12 +52,9 @@ class Harness {
     int32_t value = FreshValue();
     auto before = Positions();
     long got = mArray->InsertItemsAt(count, index, &value, 0);
-    if (mLocks > 0) {
-      ASSERT_EQ(got, kBadIndex) << Where();
-      return;
-    }
-    long expect = mKeepSorted ? SortedPlace(value) : std::clamp<long>(index, 1, Count() + 1);
-    ASSERT_EQ(got, expect) << Where();
+    long expect = mLocks > 0 ? kBadIndex : mKeepSorted ? SortedPlace(value) : std::clamp<long>(index, 1, Count() + 1);
+    ASSERT_EQ(got, expect);
+    if (expect == kBadIndex) return;
     ModelInsert(count, expect, value);
     CheckStillOnTheirItems(before);
   }
@@ -65,8 +62,8 @@ class Harness {
   void Remove(unsigned long count, long index) {
     auto before = Positions();
     mArray->RemoveItemsAt(count, index);
-    if (index == kLastIndex) index = Count();
-    if (mLocks > 0 || count == 0 || index < 1 || index > Count()) return;
+    index = InRange(index);
+    if (mLocks > 0 || count == 0 || !index) return;
     ModelRemove(std::min<unsigned long>(count, Count() - index + 1), index);
     CheckStillOnTheirItems(before);
   }
@@ -87,8 +84,7 @@ class Harness {
     long index = PickIndex();
     int32_t value = FreshValue();
     mArray->AssignItemsAt(count, index, &value, 0);
-    if (index == kLastIndex) index = Count();
-    if (index < 1 || index > Count()) return;
+    if (!(index = InRange(index))) return;
     if (!mKeepSorted) {  // iterators are not told
       std::fill(mItems.begin() + (index - 1), mItems.begin() + std::min<long>(index + count - 1, Count()), value);
     } else if (mLocks == 0) {  // kept sorted: a removal, then a sorted insertion of `count` copies
@@ -101,9 +97,8 @@ class Harness {
     long a = PickIndex(), b = PickIndex();
     bool swap = Pick(2);
     if (swap) mArray->SwapItems(a, b); else mArray->MoveItem(a, b);
-    if (a == kLastIndex) a = Count();
-    if (b == kLastIndex) b = Count();
-    if (a < 1 || a > Count() || b < 1 || b > Count()) return;
+    a = InRange(a), b = InRange(b);
+    if (!a || !b) return;
     auto at = [&](long i) { return mItems.begin() + (i - 1); };
     if (swap) {
       std::swap(*at(a), *at(b));
@@ -116,11 +111,9 @@ class Harness {
 
   void ToggleLock() {
     if (mLocks > 0 && Pick(2)) {
-      mArray->Unlock();
-      --mLocks;
+      mArray->Unlock(), --mLocks;
     } else if (mLocks < 2) {
-      mArray->Lock();
-      ++mLocks;
+      mArray->Lock(), ++mLocks;
     }
   }
 
@@ -133,24 +126,21 @@ class Harness {
     bool forward = Pick(3) != 0;
     bool got = forward ? mIterators[k]->Next(&item) : mIterators[k]->Previous(&item);
     auto expect = ItemAt(forward ? mModels[k].Next(Count()) : mModels[k].Previous(Count()));
-    ASSERT_EQ(got, expect.has_value()) << Where() << (forward ? " Next" : " Previous");
-    if (got) {
-      ASSERT_EQ(item, *expect) << Where();
-    }
-    ASSERT_EQ(mIterators[k]->Current(&current), got) << Where();
+    ASSERT_EQ(got ? std::optional(item) : std::nullopt, expect) << (forward ? " Next" : " Previous");
+    ASSERT_EQ(mIterators[k]->Current(&current), got);
   }
 
   void ResetIterator() {
     if (mIterators.empty()) return;
     size_t k = Pick(mIterators.size());
-    long position = static_cast<long>(Pick(Count() + 4)) - 2;
+    long position = PickPosition();
     mIterators[k]->ResetTo(position);
     mModels[k].Reset(position, Count());
   }
 
   void MakeOrDropIterator() {
     if (mIterators.size() < 4 && (mIterators.empty() || Pick(2))) {
-      long position = static_cast<long>(Pick(Count() + 4)) - 2;
+      long position = PickPosition();
       mIterators.push_back(std::make_unique<LArrayIterator>(*mArray, position));
       mModels.emplace_back().Reset(position, Count());
     } else {
@@ -165,9 +155,7 @@ class Harness {
     mArray.reset();
     for (auto& it : mIterators) {
       int32_t item;
-      EXPECT_EQ(it->GetCurrentIndex(), IteratorModel::kDead);
-      EXPECT_FALSE(it->Next(&item));
-      EXPECT_FALSE(it->Previous(&item));
+      EXPECT_FALSE(it->Next(&item) || it->Previous(&item) || it->Current(&item));
       it->ResetTo(1);
       EXPECT_EQ(it->GetCurrentIndex(), IteratorModel::kDead);
     }
@@ -178,13 +166,18 @@ class Harness {
 
   long Count() const { return static_cast<long>(mItems.size()); }
 
+  // The index an operation on one item uses, or 0 where it does nothing.
+  long InRange(long index) const {
+    index = index == kLastIndex ? Count() : index;
+    return index >= 1 && index <= Count() ? index : 0;
+  }
+
   long SortedPlace(int32_t value) const {
     return std::lower_bound(mItems.begin(), mItems.end(), value) - mItems.begin() + 1;
   }
 
   std::optional<int32_t> ItemAt(int index) const {
-    if (index < 1 || index > Count()) return std::nullopt;
-    return mItems[index - 1];
+    return index < 1 || index > Count() ? std::nullopt : std::optional(mItems[index - 1]);
   }
 
   void ModelInsert(unsigned long n, long index, int32_t value) {
@@ -209,33 +202,30 @@ class Harness {
   void CheckStillOnTheirItems(const std::vector<std::optional<int32_t>>& before) const {
     for (size_t k = 0; k < mModels.size(); ++k) {
       if (before[k] && mModels[k].cur > 0) {
-        ASSERT_EQ(ItemAt(mModels[k].cur), before[k]) << Where() << " iterator " << k << " left its item";
+        ASSERT_EQ(ItemAt(mModels[k].cur), before[k]) << " iterator " << k << " left its item";
       }
     }
   }
 
   void Check() const {
-    ASSERT_EQ(ItemsOf(*mArray), mItems) << Where();
+    ASSERT_EQ(ItemsOf(*mArray), mItems);
     for (size_t k = 0; k < mIterators.size(); ++k) {
-      ASSERT_EQ(mIterators[k]->GetCurrentIndex(), mModels[k].cur) << Where() << " iterator " << k;
+      ASSERT_EQ(mIterators[k]->GetCurrentIndex(), mModels[k].cur) << " iterator " << k;
     }
   }
-
-  std::string Where() const { return "step " + std::to_string(mStep); }
 
   // ---- randomness
 
   unsigned long Pick(unsigned long n) { return n == 0 ? 0 : std::uniform_int_distribution<unsigned long>(0, n - 1)(mRng); }
 
+  long PickPosition() { return static_cast<long>(Pick(Count() + 4)) - 2; }
   long PickIndex() { return Pick(10) == 0 ? kLastIndex : static_cast<long>(Pick(Count() + 5)) - 2; }
 
   // Values never seen before, so that a sorted array has one place for them.
   int32_t FreshValue() {
-    int32_t v;
-    do {
-      v = static_cast<int32_t>(Pick(1000000));
-    } while (!mUsed.insert(v).second);
-    return v;
+    for (;;) {
+      if (int32_t v = static_cast<int32_t>(Pick(1000000)); mUsed.insert(v).second) return v;
+    }
   }
 
   std::mt19937 mRng;
@@ -246,7 +236,6 @@ class Harness {
   std::vector<IteratorModel> mModels;
   std::set<int32_t> mUsed;
   int mLocks = 0;
-  int mStep = 0;
 };
 
 }  // namespace

@@ -44,21 +44,18 @@ struct Descending : LComparator {
 TEST(Comparators, LongsSubtractAndBytesOrderUnsignedThenShorterFirst) {
   LLongComparator longs;
   int32_t five = 5, three = 3, big = 0x7FFFFFFF, low = -2;
-  EXPECT_GT(longs.Compare(&five, &three, 0, 0), 0);
-  EXPECT_LT(longs.Compare(&three, &five, 0, 0), 0);
+  EXPECT_TRUE(longs.Compare(&five, &three, 0, 0) > 0 && longs.Compare(&three, &five, 0, 0) < 0);
   EXPECT_TRUE(longs.IsEqualTo(&five, &five, 1, 99));  // sizes are not read
   EXPECT_LT(longs.Compare(&big, &low, 4, 4), 0);      // too far apart: the wrapped difference lies
-  LComparator bytes;
-  unsigned char hi = 0x80, lo = 0x7F;
-  EXPECT_GT(bytes.Compare(&hi, &lo, 1, 1), 0);
+  LComparator bytes;  // as BlockCompare; no keys in the base class
   EXPECT_LT(bytes.Compare("ab", "abc", 2, 3), 0);
-  EXPECT_EQ(bytes.CompareToKey("a", 1, "a"), 1);  // no keys in the base class
+  EXPECT_EQ(bytes.CompareToKey("a", 1, "a"), 1);
   EXPECT_FALSE(bytes.IsEqualToKey("a", 1, "a"));
 }
 
 TEST(LArraySort, PlacesEqualItemsAsTheShellSortWithGaps1_4_13_40) {
   // Keys with many repeats: the order of equal items shows which gaps ran.
-  // Below 18 items there is a single pass with gap 1: a stable sort.
+  // Below 18 items there is a single pass with gap 1: an insertion sort.
   auto reference = [](std::vector<Record> r) {
     long n = static_cast<long>(r.size()), gap = 1;
     if (n / 9 > 1) while (gap < n / 9) gap = 3 * gap + 1;
@@ -79,12 +76,7 @@ TEST(LArraySort, PlacesEqualItemsAsTheShellSortWithGaps1_4_13_40) {
     for (int32_t i = 0; i < n; ++i) records.push_back({static_cast<int32_t>(rng() % 7), i});
     for (Record& r : records) a.InsertItemsAt(1, kLastIndex, &r, 0);
     a.Sort();
-    auto sorted = reference(records);
-    EXPECT_EQ(ItemsOf<Record>(a), sorted) << n;
-    if (n < 18) {
-      std::stable_sort(records.begin(), records.end(), [](auto& x, auto& y) { return x.key < y.key; });
-      EXPECT_EQ(sorted, records) << n;
-    }
+    EXPECT_EQ(ItemsOf<Record>(a), reference(records)) << n;
     EXPECT_TRUE(a.IsSorted() || n < 2);
   }
 }
@@ -100,12 +92,11 @@ TEST(LArraySort, SortedStateIsTrustedUntilInvalidated) {
   a.Sort();
   EXPECT_EQ(ItemsOf(a), (V{2, 3, 9}));
 
-  LArray one(4);  // fewer than two items: the state stays as it was
+  LArray one(4), fresh(4);  // fewer than two items: Sort leaves the state as it was
   Append(one, {1});
   one.Sort();
   EXPECT_FALSE(one.IsSorted());
-  LArray fresh(4);  // a fresh array counts as sorted, and a new comparator clears it
-  EXPECT_TRUE(fresh.IsSorted());
+  EXPECT_TRUE(fresh.IsSorted());  // a fresh array counts as sorted, and a new comparator clears it
   Append(fresh, {1, 2});
   fresh.Sort();
   fresh.SetComparator(new Descending);
@@ -125,12 +116,6 @@ TEST(LArraySearch, LinearBinaryAndInsertIndices) {
     a.Sort();
     EXPECT_EQ(a.FetchIndexOf(&v), binary) << v;  // binary: the first middle met
     EXPECT_EQ(a.FetchInsertIndexOf(&v), insert) << v;
-  }
-  LArray tens(4);
-  Append(tens, {10, 20, 30});
-  tens.Sort();
-  for (auto [v, at] : {std::pair{5, 1}, {15, 2}, {25, 3}, {35, 4}, {10, 1}, {30, 3}}) {
-    EXPECT_EQ(tens.FetchInsertIndexOf(&v), at) << v;
   }
 }
 
@@ -152,7 +137,6 @@ TEST(LArraySearch, ByKeyAndWithoutAskingAnEmptyArray) {
   a.InvalidateSort();
   int32_t key = 10;
   EXPECT_EQ(a.FetchIndexOfKey(&key), 1);  // linear by key
-
   LArray plain(4);  // the base comparator knows no keys
   Append(plain, {1, 2});
   plain.Sort();
@@ -227,18 +211,15 @@ TEST(LArraySearch, BuiltInAndReplacedOperationsGiveTheSameResults) {
       for (int32_t v : values) a->InsertItemsAt(1, kLastIndex, &v, 0);
       a->Sort();
     }
-    EXPECT_EQ(ItemsOf(builtIn), ItemsOf(ownAccess));
-    EXPECT_EQ(ItemsOf(builtIn), ItemsOf(ownComparator));
-    EXPECT_EQ(ItemsOf(builtInBytes), ItemsOf(ownBytes));
-    for (int32_t probe = -22; probe <= 22; ++probe) {
-      for (bool sorted : {true, false}) {
-        for (LArray* a : arrays) sorted ? a->Sort() : a->InvalidateSort();
-        for (LArray* a : {static_cast<LArray*>(&ownAccess), &ownComparator}) {
-          EXPECT_EQ(builtIn.FetchIndexOf(&probe), a->FetchIndexOf(&probe)) << probe;
-          EXPECT_EQ(builtIn.FetchInsertIndexOf(&probe), a->FetchInsertIndexOf(&probe)) << probe;
+    // Each replaced array against the built-in one with the same order.
+    for (auto [own, same] : {std::pair<LArray*, LArray*>{&ownAccess, &builtIn}, {&ownComparator, &builtIn}, {&ownBytes, &builtInBytes}}) {
+      EXPECT_EQ(ItemsOf(*own), ItemsOf(*same));
+      for (int32_t probe = -22; probe <= 22; ++probe) {
+        for (bool sorted : {true, false}) {
+          for (LArray* a : {own, same}) sorted ? a->Sort() : a->InvalidateSort();
+          EXPECT_EQ(own->FetchIndexOf(&probe), same->FetchIndexOf(&probe)) << probe;
+          EXPECT_EQ(own->FetchInsertIndexOf(&probe), same->FetchInsertIndexOf(&probe)) << probe;
         }
-        EXPECT_EQ(builtInBytes.FetchIndexOf(&probe), ownBytes.FetchIndexOf(&probe)) << probe;
-        EXPECT_EQ(builtInBytes.FetchInsertIndexOf(&probe), ownBytes.FetchInsertIndexOf(&probe)) << probe;
       }
     }
   }

@@ -27,16 +27,16 @@ TEST(MRect, EdgesAndHitTest) {
 }
 
 TEST(MRect, MoveAndScale) {
-  MRect r(3, 3, 7, 7), t(-3, 0, 1, 1), huge(1 << 30, 0, 1, 1);
+  MRect r(3, 3, 7, 7);
   r.Move(5, 5);
   EXPECT_EQ(r, MRect(5, 5, 7, 7));
-  MRect s(3, 3, 5, 5);
-  s.Scale(0.5, 0.5);
-  EXPECT_EQ(s, MRect(1, 1, 2, 2));
-  t.Scale(1.5, 1.0);
-  EXPECT_EQ(t.GetX(), -4);  // toward zero, not downward
-  huge.Scale(1e6, 1.0);     // saturates instead of overflowing
-  EXPECT_EQ(huge.GetX(), INT_MAX);
+  // Toward zero, not downward; saturated instead of overflowing.
+  for (auto [rect, sx, sy, scaled] : {std::tuple{MRect(3, 3, 5, 5), 0.5, 0.5, MRect(1, 1, 2, 2)},
+                                      {MRect(-3, 0, 1, 1), 1.5, 1.0, MRect(-4, 0, 1, 1)},
+                                      {MRect(1 << 30, 0, 1, 1), 1e6, 1.0, MRect(INT_MAX, 0, 1000000, 1)}}) {
+    rect.Scale(sx, sy);
+    EXPECT_EQ(rect, scaled);
+  }
 }
 
 TEST(MRectList, OwnsItsRectanglesAndCountsFromZero) {
@@ -45,8 +45,7 @@ TEST(MRectList, OwnsItsRectanglesAndCountsFromZero) {
   list.AddList(1, 2, 3, 4);
   list.AddList(10, 20, 30, 40);
   EXPECT_EQ(*list.GetAt(0), MRect(1, 2, 3, 4));
-  EXPECT_EQ(list.GetAt(2), nullptr);
-  EXPECT_EQ(list.GetAt(-1), nullptr);
+  EXPECT_TRUE(list.GetAt(2) == nullptr && list.GetAt(-1) == nullptr);
   list.Scale(2.0, 0.5);
   EXPECT_EQ(*list.GetAt(1), MRect(20, 10, 60, 20));
   MRect* taken = list.GetAt(0);  // removal hands the rectangle over to the caller

@@ -10,14 +10,14 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/IteratorModel.h"
 
 namespace {
 
-constexpr int kBroadcasters = 3;
-constexpr int kListeners = 6;
+constexpr int kBroadcasters = 3, kListeners = 6;
 constexpr long kProbe = 1000;
 
 // The changes a run or a listener makes, on the real objects or on the model.
@@ -26,6 +26,7 @@ struct Reaction {
   Op op = kNone;
   int broadcaster = 0, listener = 0;
 };
+using Log = std::vector<std::pair<long, int>>;  // message, listener
 
 class World;
 
@@ -40,34 +41,22 @@ class TestListener : public LListener {
   int mId;
 };
 
-struct Delivery {
-  long message;
-  int listener;
-  bool operator==(const Delivery&) const = default;
-};
-
 class World {
  public:
   explicit World(uint32_t seed) : mRng(seed) {}
-
   ~World() {
     for (int b = 0; b < kBroadcasters; ++b) Real(kKillBroadcaster, b, 0);
     for (int l = 0; l < kListeners; ++l) Real(kKillListener, 0, l);
   }
 
-  void Log(long message, int listener) { mLog.push_back({message, listener}); }
-
   void Real(Op op, int b, int l) {
     LBroadcaster* broadcaster = mBroadcasters[b];
     TestListener* listener = mListeners[l];
-    switch (op) {
-      case kNone: break;
-      case kAdd: if (broadcaster && listener) broadcaster->AddListener(listener); break;
-      case kRemove: if (broadcaster && listener) broadcaster->RemoveListener(listener); break;
-      case kKillListener: mListeners[l] = nullptr; delete listener; break;  // unlinked before it dies
-      case kKillBroadcaster: mBroadcasters[b] = nullptr; delete broadcaster; break;
-      case kStopListening: if (listener) listener->StopListening(); break;
-    }
+    if (op == kAdd && broadcaster && listener) broadcaster->AddListener(listener);
+    if (op == kRemove && broadcaster && listener) broadcaster->RemoveListener(listener);
+    if (op == kKillListener) mListeners[l] = nullptr, delete listener;  // unlinked before it dies
+    if (op == kKillBroadcaster) mBroadcasters[b] = nullptr, delete broadcaster;
+    if (op == kStopListening && listener) listener->StopListening();
   }
 
   void Run(int steps) {
@@ -87,29 +76,25 @@ class World {
     }
   }
 
+  Log log;
+
  private:
   struct ModelBroadcaster {
-    bool alive = false;
-    bool broadcasting = true;
+    bool alive = false, broadcasting = true;
     bool everHadList = false;    // the real one makes its list on the first add
     std::vector<int> listeners;  // in order of adding
   };
 
-  void Both(Op op, int b, int l) {
-    Real(op, b, l);
-    Model(op, b, l);
-  }
+  void Both(Op op, int b, int l) { Real(op, b, l), Model(op, b, l); }
 
   void Flags(int b, int l) {
     if (mBroadcasters[b] && Pick(4) == 0) {
-      bool on = Pick(2);
-      if (on) mBroadcasters[b]->StartBroadcasting(); else mBroadcasters[b]->StopBroadcasting();
-      mModel[b].broadcasting = on;
+      mModel[b].broadcasting = Pick(2);
+      mModel[b].broadcasting ? mBroadcasters[b]->StartBroadcasting() : mBroadcasters[b]->StopBroadcasting();
     }
     if (mListeners[l] && Pick(3) == 0) {
-      bool on = Pick(3) != 0;
-      if (on) mListeners[l]->StartListening(); else mListeners[l]->StopListening();
-      mListening[l] = on;
+      mListening[l] = Pick(3) != 0;
+      mListening[l] ? mListeners[l]->StartListening() : mListeners[l]->StopListening();
     }
   }
 
@@ -121,30 +106,26 @@ class World {
       mModel[b].alive = true;
     }
     for (int l = 0; l < kListeners; ++l) {
-      if (mListeners[l]) continue;
-      mListeners[l] = new TestListener(*this, l);
-      mListening[l] = mListenerAlive[l] = true;
+      if (!mListeners[l]) mListeners[l] = new TestListener(*this, l), mListening[l] = mListenerAlive[l] = true;
     }
   }
 
-  // ---- a broadcast with reactions, real and modelled
-
+  // A broadcast with reactions, real and modelled.
   void Broadcast(int b) {
     if (!mBroadcasters[b]) return;
     for (int l = 0; l < kListeners; ++l) {
-      if (!mListeners[l]) continue;
       Reaction r;
       if (Pick(3) == 0) r = {static_cast<Op>(1 + Pick(5)), Pick(kBroadcasters), Pick(2) ? l : Pick(kListeners)};
-      mListeners[l]->reaction = mReactions[l] = r;
+      if (mListeners[l]) mListeners[l]->reaction = mReactions[l] = r;
     }
-    mLog.clear();
+    log.clear();
     mExpected.clear();
     mBroadcasters[b]->BroadcastMessage(kProbe, nullptr);
     ModelBroadcast(b);
     for (auto* l : mListeners) {
       if (l) l->reaction = Reaction{};
     }
-    ASSERT_EQ(mLog, mExpected);
+    ASSERT_EQ(log, mExpected);
   }
 
   void ModelBroadcast(int b) {
@@ -156,78 +137,64 @@ class World {
       int l = mModel[b].listeners[index - 1];
       if (!mListening[l]) continue;
       mExpected.push_back({kProbe, l});
-      Reaction r = mReactions[l];
-      mReactions[l] = Reaction{};
+      Reaction r = std::exchange(mReactions[l], Reaction{});
       Model(r.op, r.broadcaster, r.listener);
     }
     mWalks.pop_back();
   }
 
-  // ---- the model's changes, telling open walks of the list
-
+  // The model's changes, telling open walks of the list.
   long Count(int b) const { return static_cast<long>(mModel[b].listeners.size()); }
 
   void Model(Op op, int b, int l) {
     ModelBroadcaster& mb = mModel[b];
     auto& list = mb.listeners;
     auto found = std::find(list.begin(), list.end(), l);
-    switch (op) {
-      case kNone: break;
-      case kAdd:
-        if (!mb.alive || !mListenerAlive[l]) break;
-        mb.everHadList = true;
-        if (found != list.end()) break;
-        list.push_back(l);
-        for (auto& w : mWalks) {
-          if (w.broadcaster == b) w.model->Inserted(1, Count(b), Count(b));
-        }
-        break;
-      case kRemove: {
-        if (!mb.alive || found == list.end()) break;
-        long index = found - list.begin() + 1;
-        list.erase(found);
-        for (auto& w : mWalks) {
-          if (w.broadcaster == b) w.model->Removed(1, index, Count(b));
-        }
-        break;
+    if (op == kAdd && mb.alive && mListenerAlive[l]) {
+      mb.everHadList = true;
+      if (found != list.end()) return;
+      list.push_back(l);
+      for (auto& w : mWalks) {
+        if (w.first == b) w.second->Inserted(1, Count(b), Count(b));
       }
-      case kKillListener:
-        // Only one list is walked at a time, so the order in which the
-        // listener leaves its broadcasters does not show.
-        for (int other = 0; other < kBroadcasters; ++other) Model(kRemove, other, l);
-        mListenerAlive[l] = false;
-        break;
-      case kKillBroadcaster:
-        if (!mb.alive) break;
-        if (mb.everHadList && mb.broadcasting) {  // its dying message; nobody reacts to it
-          for (int each : list) {
-            if (mListening[each]) mExpected.push_back({kMsgBroadcasterDying, each});
-          }
-        }
-        mb.alive = false;
-        list.clear();
-        break;
-      case kStopListening: mListening[l] = false; break;
+    } else if (op == kRemove && mb.alive && found != list.end()) {
+      long index = found - list.begin() + 1;
+      list.erase(found);
+      for (auto& w : mWalks) {
+        if (w.first == b) w.second->Removed(1, index, Count(b));
+      }
+    } else if (op == kKillListener) {
+      // Only one list is walked at a time, so the order in which the
+      // listener leaves its broadcasters does not show.
+      for (int other = 0; other < kBroadcasters; ++other) Model(kRemove, other, l);
+      mListenerAlive[l] = false;
+    } else if (op == kKillBroadcaster && mb.alive) {
+      for (int each : list) {  // its dying message, if it broadcasts; nobody reacts to it
+        if (mb.everHadList && mb.broadcasting && mListening[each]) mExpected.push_back({kMsgBroadcasterDying, each});
+      }
+      mb.alive = false;
+      list.clear();
+    } else if (op == kStopListening) {
+      mListening[l] = false;
     }
   }
 
+  // Who hears each broadcaster now, in which order: a quiet probe with every
+  // flag raised for the moment.
   void Check() {
-    // Who hears the broadcasters now, in which order: a quiet probe with
-    // every flag raised for the moment.
     for (int b = 0; b < kBroadcasters; ++b) {
       ASSERT_EQ(mBroadcasters[b] != nullptr, mModel[b].alive) << "broadcaster " << b;
       if (!mBroadcasters[b]) continue;
-      mLog.clear();
-      bool broadcasting = mBroadcasters[b]->IsBroadcasting();
+      log.clear();
       mBroadcasters[b]->StartBroadcasting();
       for (auto* l : mListeners) {
         if (l) l->StartListening();
       }
       mBroadcasters[b]->BroadcastMessage(kProbe + 1, nullptr);
-      std::vector<Delivery> expect;
+      Log expect;
       for (int l : mModel[b].listeners) expect.push_back({kProbe + 1, l});
-      ASSERT_EQ(mLog, expect) << "listeners of broadcaster " << b;
-      if (!broadcasting) mBroadcasters[b]->StopBroadcasting();
+      ASSERT_EQ(log, expect) << "listeners of broadcaster " << b;
+      if (!mModel[b].broadcasting) mBroadcasters[b]->StopBroadcasting();
       for (int l = 0; l < kListeners; ++l) {
         if (mListeners[l] && !mListening[l]) mListeners[l]->StopListening();
       }
@@ -237,29 +204,23 @@ class World {
 
   int Pick(int n) { return std::uniform_int_distribution<int>(0, n - 1)(mRng); }
 
-  struct Walk {
-    int broadcaster;
-    IteratorModel* model;
-  };
-
   std::mt19937 mRng;
   LBroadcaster* mBroadcasters[kBroadcasters] = {};
   TestListener* mListeners[kListeners] = {};
   ModelBroadcaster mModel[kBroadcasters];
-  bool mListening[kListeners] = {};
-  bool mListenerAlive[kListeners] = {};
+  bool mListening[kListeners] = {}, mListenerAlive[kListeners] = {};
   Reaction mReactions[kListeners];
-  std::vector<Walk> mWalks;
-  std::vector<Delivery> mLog, mExpected;
+  std::vector<std::pair<int, IteratorModel*>> mWalks;  // broadcaster, walk
+  Log mExpected;
 };
 
 bool TestListener::ListenToMessage(long message, void*) {
   World& world = mWorld;  // this listener may die in the reaction: nothing of it is touched after
-  world.Log(message, mId);
-  if (message != kProbe) return true;
-  Reaction r = reaction;
-  reaction = Reaction{};
-  world.Real(r.op, r.broadcaster, r.listener);
+  world.log.push_back({message, mId});
+  if (message == kProbe) {
+    Reaction r = std::exchange(reaction, Reaction{});
+    world.Real(r.op, r.broadcaster, r.listener);
+  }
   return true;
 }
 
@@ -268,7 +229,6 @@ bool TestListener::ListenToMessage(long message, void*) {
 TEST(BusModel, LinksNeverDangleAndDeliveryFollowsTheModel) {
   for (uint32_t seed = 1; seed <= 60 && !HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
-    World world(seed);
-    world.Run(1500);
+    World(seed).Run(1500);
   }
 }

@@ -23,13 +23,8 @@ struct IteratorModel {
   }
 
   int Previous(long count) {
-    if (cur == kRemoved) {
-      cur = next == kAtEnd ? static_cast<int>(count) : next - 1;
-    } else if (cur == kAtEnd) {
-      cur = static_cast<int>(count);
-    } else if (cur > 0) {
-      --cur;
-    }
+    const int last = static_cast<int>(count);
+    cur = cur == kRemoved ? (next == kAtEnd ? last : next - 1) : cur == kAtEnd ? last : cur > 0 ? cur - 1 : cur;
     CalcNext(count);
     return cur;
   }
@@ -46,12 +41,12 @@ struct IteratorModel {
 
   void Removed(unsigned long n, long index, long count) {
     if (index > cur) return;
-    if (index + static_cast<long>(n) > cur) {
+    if (index + static_cast<long>(n) > cur) {  // its own item went: it remembers where the next one is
       next = index > count ? kAtEnd : static_cast<int>(index);
       cur = kRemoved;
-      return;
+    } else {
+      cur -= static_cast<int>(n);
+      CalcNext(count);
     }
-    cur -= static_cast<int>(n);
-    CalcNext(count);
   }
 };

@@ -11,8 +11,8 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
 #include <cstring>
+#include <string>
 #include <thread>
 
 using namespace vbu::literals;
@@ -47,7 +47,7 @@ TEST(UStringUtils, WideCalls) {
   EXPECT_EQ(S(buf), u"abcdefgh");
   EXPECT_EQ(UStringUtils::strlen(buf), 8u);
   EXPECT_EQ(S(UStringUtils::strchr(buf, 'd')), u"defgh");
-  EXPECT_EQ(UStringUtils::strchr(buf, 'z'), nullptr);
+  EXPECT_EQ(S(UStringUtils::strchr(buf, 'z')), u"<null>");
   EXPECT_EQ(S(UStringUtils::strrchr(u"a.b.c"_u16, '.')), u".c");
   EXPECT_EQ(S(UStringUtils::strstr(buf, u"efg"_u16)), u"efgh");
   EXPECT_LT(UStringUtils::strcmp(u"ab"_u16, u"abc"_u16), 0);
@@ -76,17 +76,14 @@ TEST(UStringUtils, StrtokKeepsOnePositionPerThread) {
 }
 
 TEST(CStringExtract, QuotedWords) {
-  Buf quoted(u"\"ab"), late(u"ab\""), none(u"ab"), word(u"word\" rest"), bare(u"word"), open(u"\"x");
+  for (auto [text, at] : {std::pair{u"\"ab", 1}, {u"ab\"", 3}, {u"ab", 0}}) {
+    EXPECT_EQ(CStringExtract::SeekLeftDoubleQuat(Buf(text).get()), at);
+  }
   unsigned short result[16];
-  EXPECT_EQ(CStringExtract::SeekLeftDoubleQuat(quoted.get()), 1);
-  EXPECT_EQ(CStringExtract::SeekLeftDoubleQuat(late.get()), 3);
-  EXPECT_EQ(CStringExtract::SeekLeftDoubleQuat(none.get()), 0);
-  EXPECT_EQ(CStringExtract::GetString(word.get(), result), 5);
-  EXPECT_EQ(S(result), u"word");
-  EXPECT_EQ(CStringExtract::GetString(bare.get(), result), 0);
-  EXPECT_EQ(S(result), u"");
-  EXPECT_EQ(CStringExtract::GetString(open.get(), result), 1);
-  EXPECT_EQ(S(result), u"");
+  for (auto [text, taken, word] : {std::tuple{u"word\" rest", 5, u"word"}, {u"word", 0, u""}, {u"\"x", 1, u""}}) {
+    EXPECT_EQ(CStringExtract::GetString(Buf(text).get(), result), taken);
+    EXPECT_EQ(S(result), word);
+  }
   char bytes[16];
   EXPECT_EQ(CStringExtract::SeekLeftDoubleQuatChar("ab\"cd\""), 3);
   EXPECT_EQ(CStringExtract::GetStringChar("cd\" x", bytes), 3);
@@ -94,11 +91,10 @@ TEST(CStringExtract, QuotedWords) {
 }
 
 TEST(CaseBlindCompare, WideFormsBesideTheByteOnes) {
-  EXPECT_EQ(strncasecmp(u"abC"_u16, u"ABc"_u16, 3), 0);
-  EXPECT_EQ(strncasecmp(u"abd"_u16, u"ABC"_u16, 3), 1);
-  EXPECT_EQ(strncasecmp(u"abd"_u16, u"ABC"_u16, 2), 0);
-  EXPECT_EQ(strncasecmp(u"ab"_u16, u"AB"_u16, 10), 0);
-  EXPECT_EQ(strncasecmp(u"ab"_u16, u"ab"_u16, 0), 0);
+  for (auto [a, b, n, order] : {std::tuple{u"abC"_u16, u"ABc"_u16, 3, 0}, {u"abd"_u16, u"ABC"_u16, 3, 1},
+                                 {u"abd"_u16, u"ABC"_u16, 2, 0}, {u"ab"_u16, u"AB"_u16, 10, 0}, {u"ab"_u16, u"ac"_u16, 0, 0}}) {
+    EXPECT_EQ(strncasecmp(a, b, n), order) << n;
+  }
   EXPECT_EQ(strcasecmp(u"abc"_u16, u"ABD"_u16), -1);
   EXPECT_EQ(strcasecmp(u""_u16, u""_u16), 0);
   EXPECT_EQ(strcasecmp(u"\u0141"_u16, u"A"_u16), 0);  // units above U+00FF count by their low byte
@@ -115,17 +111,10 @@ TEST(PathText, DirnameAndBasenameInPlace) {
     Buf b(p);
     return S(vbu::basename(b.get()));
   };
-  EXPECT_EQ(dir(u"a/b"), u"a");
-  EXPECT_EQ(dir(u"a/b//"), u"a");
-  EXPECT_EQ(dir(u"a//b"), u"a");
-  EXPECT_EQ(dir(u"/a"), u"/");
-  EXPECT_EQ(dir(u"//"), u"/");
-  EXPECT_EQ(dir(u"abc"), u".");
-  EXPECT_EQ(dir(u""), u".");
-  EXPECT_EQ(base(u"a/b"), u"b");
-  EXPECT_EQ(base(u"abc"), u"abc");
-  EXPECT_EQ(base(u"//"), u"/");
-  EXPECT_EQ(base(u""), u".");
+  for (auto [path, d, b] : {std::tuple{u"a/b", u"a", u"b"}, {u"a/b//", u"a", u"b"}, {u"a//b", u"a", u"b"},
+                            {u"/a", u"/", u"a"}, {u"//", u"/", u"/"}, {u"abc", u".", u"abc"}, {u"", u".", u"."}}) {
+    EXPECT_EQ(dir(path) + u"|" + base(path), std::u16string(d) + u"|" + b);
+  }
   Buf trailing(u"a/b/");
   EXPECT_EQ(S(basename(trailing.get())), u"b");  // the plain overload
   EXPECT_EQ(trailing.text[3], 0);                // the separator is gone from the caller's text
@@ -134,9 +123,9 @@ TEST(PathText, DirnameAndBasenameInPlace) {
   char cpath[] = "/usr/lib";
   EXPECT_STREQ(::dirname(cpath), "/usr");  // the C library's, through <libgen.h>
 
-  EXPECT_EQ(S(DirName(MString(u"a/b/"_u16))), u"a/b");
-  EXPECT_EQ(S(BaseName(MString(u"a/b/"_u16))), u"");
-  EXPECT_EQ(S(DirName(MString(u"abc"_u16))), u"abc");
-  EXPECT_EQ(S(DirName(MString(u"/abc"_u16))), u"");
-  EXPECT_EQ(S(BaseName(MString(u""_u16))), u".");
+  // The string forms cut at the last separator only.
+  for (auto [path, d, b] : {std::tuple{u"a/b/"_u16, u"a/b", u""}, {u"abc"_u16, u"abc", u"abc"}, {u"/abc"_u16, u"", u"abc"},
+                            {u""_u16, u".", u"."}}) {
+    EXPECT_EQ(S(DirName(MString(path))) + u"|" + S(BaseName(MString(path))), std::u16string(d) + u"|" + b);
+  }
 }

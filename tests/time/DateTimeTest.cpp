@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <tuple>
 
 TEST(CDateTime, EveryDayFromYearZeroTo3000RoundTrips) {
   using namespace std::chrono;
@@ -27,29 +28,23 @@ TEST(CDateTime, EveryDayFromYearZeroTo3000RoundTrips) {
 }
 
 TEST(CDateTime, FieldsAndTimeOfDay) {
+  using YMD = std::tuple<int, int, int>;
+  auto ymd = [](CDateTime d) { return YMD{d.GetYear(), d.GetMonth(), d.GetDay()}; };
   CDateTime start;
-  EXPECT_EQ(start.GetYear(), 0);
-  EXPECT_EQ(start.GetMonth(), 1);
-  EXPECT_EQ(start.GetDay(), 1);
-  EXPECT_EQ(start.GetHour(), 0);
-  CDateTime feb(31.0);
-  EXPECT_EQ(feb.GetMonth(), 2);
-  EXPECT_EQ(feb.GetDay(), 1);
+  EXPECT_EQ(ymd(start), (YMD{0, 1, 1}));
+  EXPECT_EQ(ymd(CDateTime(31.0)), (YMD{0, 2, 1}));
   start.SetTime(12, 0, 0);
   EXPECT_EQ(start.GetDate(), 0.5);
   CDateTime later(0.0);
   later.SetTime(12, 0, 1);
   EXPECT_EQ(later != start, 1);
-  EXPECT_EQ(CDateTime::IsLeapYear(2000), 1);
-  EXPECT_EQ(CDateTime::IsLeapYear(1900), 0);
-  EXPECT_EQ(CDateTime::GetTotalDayOfMonth(2, 0), 28);
-  EXPECT_EQ(CDateTime::GetTotalDayOfMonth(2, 1), 29);
-  EXPECT_EQ(CDateTime::GetTotalDayOfMonth(13, 0), 30);
+  EXPECT_EQ(CDateTime::IsLeapYear(2000) * 10 + CDateTime::IsLeapYear(1900), 10);
+  for (auto [month, leap, days] : {std::tuple{2, 0, 28}, {2, 1, 29}, {13, 0, 30}}) {
+    EXPECT_EQ(CDateTime::GetTotalDayOfMonth(month, leap), days) << month;
+  }
   // Before day 0 the day goes below 1 in January of year 0.
   for (auto [date, day] : {std::pair{-1.0, 0}, {-5.0, -4}, {-0.5, 1}, {-1e300, 1}}) {
     CDateTime before = date;  // a plain converting constructor
-    EXPECT_EQ(before.GetYear(), 0) << date;
-    EXPECT_EQ(before.GetMonth(), 1) << date;
-    EXPECT_EQ(before.GetDay(), day) << date;
+    EXPECT_EQ(ymd(before), (YMD{0, 1, day})) << date;
   }
 }

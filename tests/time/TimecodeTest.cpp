@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <tuple>
+#include <utility>
 
 namespace {
 
@@ -27,32 +28,31 @@ class Counter : public LListener {
 
 TEST(CTimecode, ValidationClampsEveryField) {
   CTimecode t;
-  EXPECT_EQ(t.GetTotalFrame(), 1);
-  EXPECT_TRUE(t.IsZero());
+  EXPECT_TRUE(t.IsZero() && t.GetTotalFrame() == 1);
   t.SetMinute(75);
   t.SetHour(100);
+  t.SetSecond(60);
   t.SetFrame(30);
-  EXPECT_EQ(L(t), (Labels{100, 59, 0, 29}));
+  EXPECT_EQ(L(t), (Labels{100, 59, 59, 29}));
   t.SetFrameRate(25.0);
   EXPECT_EQ(t.GetFrame(), 29);  // a rate change does not revalidate the frame
-  t.SetFrame(27);
-  EXPECT_EQ(t.GetFrame(), 24);
-  t.SetFrameRate(29.97);
-  t.SetFrame(29);
-  EXPECT_EQ(t.GetFrame(), 29);  // below the rate
-  t.SetFrame(30);
-  EXPECT_EQ(t.GetFrame(), 28);
+  // Frames below the rate stay; others become the last whole frame.
+  for (auto [rate, frame, kept] : {std::tuple{25.0, 27, 24}, {25.0, 24, 24}, {29.97, 29, 29}, {29.97, 30, 28}}) {
+    t.SetFrameRate(rate);
+    t.SetFrame(frame);
+    EXPECT_EQ(t.GetFrame(), kept) << rate << " " << frame;
+  }
   EXPECT_EQ(t.GetFrameType(), kFrameType30);  // any other rate reports 30
   EXPECT_FALSE(t.SetFrameRate(29.97));
-  t.SetFrameRate(10.0);
-  EXPECT_EQ(t.GetFrameRate(), 24.0);
-  t.SetFrameRate(2000.0);
-  EXPECT_EQ(t.GetFrameRate(), 1200.0);
+  for (auto [rate, held] : {std::pair{10.0, 24.0}, {2000.0, 1200.0}}) {
+    t.SetFrameRate(rate);
+    EXPECT_EQ(t.GetFrameRate(), held);
+  }
   EXPECT_TRUE(t.SetFrameType(kFrameTypeOther));
   EXPECT_EQ(t.GetFrameRate(), 30.0);
 }
 
-TEST(CTimecode, TotalFramesAndTheirInverse) {
+TEST(CTimecode, TotalFramesMillisecondsAndPackedForm) {
   CTimecode t(0, 0, 1, 0, 30.0);
   EXPECT_EQ(t.GetTotalFrame(), 31);
   for (long total : {-5L, 0L, 1L, 31L, 1800L, 107892L, 2592001L}) {
@@ -64,38 +64,29 @@ TEST(CTimecode, TotalFramesAndTheirInverse) {
   pal.SetTotalFrame(26, kFrameType25);
   EXPECT_EQ(L(pal), (Labels{0, 0, 1, 0}));
   EXPECT_DOUBLE_EQ(CTimecode().GetTotalSecond(), 1.0 / 30.0);
-  EXPECT_EQ(static_cast<unsigned long>(CTimecode()), 0ul);
-  EXPECT_EQ(static_cast<unsigned long>(CTimecode(0, 0, 2, 15, 30.0)), 2500ul);
-}
-
-TEST(CTimecode, PackedForm) {
+  EXPECT_EQ(static_cast<unsigned long>(CTimecode(0, 0, 2, 15, 30.0)), 2500ul);  // milliseconds
+  // The packed form: a rate code and the labels in one double.
   EXPECT_EQ(static_cast<double>(CTimecode()), 13000.0);
-  CTimecode t(0, 0, 0, 5, 30.0);
-  t = 13000.0;
-  EXPECT_EQ(L(t), (Labels{0, 0, 0, 0}));
-  CTimecode converted = 13000.0;  // a plain converting constructor
-  EXPECT_EQ(L(converted), (Labels{0, 0, 0, 0}));
-  CTimecode pal(1, 2, 3, 4, 25.0);
-  CTimecode back(static_cast<double>(pal));
-  EXPECT_EQ(back, pal);
-  CTimecode odd(0, 0, 1, 0, 29.97);
-  CTimecode oddBack(static_cast<double>(odd));
-  EXPECT_EQ(oddBack.GetFrameRate(), 30.0);  // only 24, 25 and 30 survive
-  CTimecode weird(1e300);                    // out of range: held, no crash
+  CTimecode five(0, 0, 0, 5, 30.0), converted = 13000.0;  // a plain converting constructor
+  five = 13000.0;
+  EXPECT_EQ(five, converted);
+  EXPECT_EQ(L(five), (Labels{0, 0, 0, 0}));
+  CTimecode labels(1, 2, 3, 4, 25.0), odd(0, 0, 1, 0, 29.97);
+  EXPECT_EQ(CTimecode(static_cast<double>(labels)), labels);
+  EXPECT_EQ(CTimecode(static_cast<double>(odd)).GetFrameRate(), 30.0);  // only 24, 25 and 30 survive
+  CTimecode weird(1e300);  // out of range: held, no crash
   EXPECT_GE(weird.GetFrameRate(), 24.0);
 }
 
 TEST(CTimecode, ComparisonAndArithmetic) {
-  CTimecode one(0, 0, 1, 0, 30.0), two(0, 0, 2, 0, 30.0);
-  EXPECT_EQ(L(one + two), (Labels{0, 0, 3, 0}));
-  EXPECT_EQ(L(two - one), (Labels{0, 0, 1, 0}));
-  EXPECT_EQ(L(one - two), (Labels{0, 0, 0, 0}));  // stops at zero
-  EXPECT_EQ(L(CTimecode() + 30), (Labels{0, 0, 1, 0}));
-  EXPECT_EQ(L(two - 31L), (Labels{0, 0, 0, 29}));
-  CTimecode palOne(0, 0, 1, 0, 25.0);
-  CTimecode sum = palOne + one;  // the right operand's frames at the left rate
-  EXPECT_EQ(L(sum), (Labels{0, 0, 2, 5}));
-  EXPECT_EQ(sum.GetFrameRate(), 25.0);
+  CTimecode one(0, 0, 1, 0, 30.0), two(0, 0, 2, 0, 30.0), palOne(0, 0, 1, 0, 25.0);
+  // Differences stop at zero; the right operand's frames count at the left rate.
+  for (auto [value, labels] : {std::pair{one + two, Labels{0, 0, 3, 0}}, {two - one, {0, 0, 1, 0}},
+                               {one - two, {0, 0, 0, 0}}, {CTimecode() + 30, {0, 0, 1, 0}},
+                               {two - 31L, {0, 0, 0, 29}}, {palOne + one, {0, 0, 2, 5}}}) {
+    EXPECT_EQ(L(value), labels);
+  }
+  EXPECT_EQ((palOne + one).GetFrameRate(), 25.0);
   EXPECT_NE(palOne, one);
   EXPECT_TRUE(palOne < one);
   EXPECT_TRUE(one <= one && one >= one && two > one);
@@ -104,19 +95,16 @@ TEST(CTimecode, ComparisonAndArithmetic) {
 }
 
 TEST(CTimecode, SteppingCarriesAndBorrowsWithoutAnnouncing) {
-  CTimecode t(0, 59, 59, 29, 30.0);
+  CTimecode t(0, 59, 59, 29, 30.0), pal(1, 0, 0, 0, 25.0), zero, jump(0, 0, 0, 29, 30.0);
   Counter c;
-  t.AddListener(&c);
+  for (CTimecode* each : {&t, &pal, &zero, &jump}) each->AddListener(&c);
   t.IncreaseFrame(1);
-  EXPECT_EQ(L(t), (Labels{1, 0, 0, 0}));
-  CTimecode pal(1, 0, 0, 0, 25.0);
   pal.DecreaseFrame();
-  EXPECT_EQ(L(pal), (Labels{0, 59, 59, 24}));
-  CTimecode zero;
   zero.DecreaseFrame();
-  EXPECT_EQ(L(zero), (Labels{65535, 59, 59, 29}));
-  CTimecode jump(0, 0, 0, 29, 30.0);
   jump.IncreaseFrame(2);  // jumps over the limit: no carry
+  EXPECT_EQ(L(t), (Labels{1, 0, 0, 0}));
+  EXPECT_EQ(L(pal), (Labels{0, 59, 59, 24}));
+  EXPECT_EQ(L(zero), (Labels{65535, 59, 59, 29}));
   EXPECT_EQ(L(jump), (Labels{0, 0, 0, 31}));
   EXPECT_EQ(c.count, 0);
 }
@@ -127,20 +115,14 @@ TEST(CTimecode, AnnouncesEachChangedFieldOnce) {
   t.AddListener(&c);
   EXPECT_TRUE(t.SetHour(5));
   EXPECT_FALSE(t.SetHour(5));
-  EXPECT_EQ(c.count, 1);
-  c.count = 0;
-  t.SetTime(0, 0, 0, 0);
-  c.count = 0;
+  EXPECT_EQ(std::exchange(c.count, 0), 1);
   t.SetTime(1, 2, 3, 4);
-  EXPECT_EQ(c.count, 4);
-  c.count = 0;
+  EXPECT_EQ(std::exchange(c.count, 0), 4);
   t.SetTime(1, 0, 3, 4);
-  EXPECT_EQ(c.count, 1);
-  c.count = 0;
+  EXPECT_EQ(std::exchange(c.count, 0), 1);
   t.SetFrame(29);
   t.SetFrame(99);  // validates to the stored 29: nothing
-  EXPECT_EQ(c.count, 1);
-  c.count = 0;
+  EXPECT_EQ(std::exchange(c.count, 0), 1);
   t = CTimecode(9, 9, 9, 9, 25.0);  // one announcement for the whole value
   t = CTimecode(9, 9, 9, 9, 25.0);
   EXPECT_EQ(c.count, 1);
