@@ -20,6 +20,10 @@ constexpr unsigned long kReadSeconds = 120;
 
 char* DataOf(char* block) { return block + kLeadRoom; }
 
+// A transfer that ended with an error has put nothing trustworthy in its
+// block: a wait that succeeds only says that it ended.
+bool ReadFailed(const OVERLAPPED& record) { return record.Internal != 0; }
+
 void Copy(char* destination, const char* source, int count) {
   if (count > 0) UMemUtils::memcpy(destination, source, static_cast<unsigned long>(count));
 }
@@ -97,6 +101,7 @@ int AsyncReadBuffer::InitReadBuffer(MFileUniv* file, long long offset, int block
     mEvent.Reset();
     failed = true;
   }
+  failed = failed || ReadFailed(mOverlappedRecord);
   if (!failed) {
     mValidBytes = first;
     mRemaining -= first;
@@ -117,6 +122,12 @@ int AsyncReadBuffer::FillInReadBuffer(int& bytes) {
   bytes = 0;
   if (mReadPending) {
     if (MFileUniv::FWaitOverlappedCompletion(&mEvent, kReadSeconds) != 0) return -1;
+    if (ReadFailed(mOverlappedRecord)) {
+      // Nothing is in flight any more; a later call starts the read again.
+      mReadPending = false;
+      mPendingBytes = 0;
+      return -1;
+    }
     mValidBytes = mPendingBytes;
     mRemaining -= mPendingBytes;
     mBlockOffset += mBlockSize;
@@ -188,8 +199,10 @@ int AsyncReadBuffer::DoReadPieceOutsideOfBuffer(long long offset, char* destinat
   int result = kReadFailed;
   if (mFile->FReadOverlapped(offset, data, size, &record, &event) == 0) {
     if (MFileUniv::FWaitOverlappedCompletion(&event, kReadSeconds) == 0) {
-      Copy(destination, data, size);
-      result = 0;
+      if (!ReadFailed(record)) {
+        Copy(destination, data, size);
+        result = 0;
+      }
     } else {
       event.Wait(kWaitForever);  // the block goes only once the system is done with it
     }

@@ -239,9 +239,8 @@ void Sweep::ReadAhead(bool checkBytes) {
 TEST_P(Sweep, ReadAheadEndsCleanlyUnderEveryFault) { ReadAhead(false); }
 
 // A read that ends with an error after it started must not hand out its
-// block: AsyncReadBuffer looks at the wait alone, not at the record's error,
-// and delivers the block's stale bytes. To be enabled with that fix.
-TEST_P(Sweep, DISABLED_ReadAheadNeverDeliversTheBytesOfAFailedRead) { ReadAhead(true); }
+// block's stale bytes.
+TEST_P(Sweep, ReadAheadNeverDeliversTheBytesOfAFailedRead) { ReadAhead(true); }
 
 TEST_P(Sweep, ConcatFileKeepsWhatWasWrittenBeforeAFailure) {
   // Buffers of 32 KiB, rounding to 16 bytes: the second source takes three
