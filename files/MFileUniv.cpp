@@ -243,7 +243,9 @@ int MFileUniv::FPutts(const unsigned short* text) {
   std::unique_ptr<char[]> bytes(new (std::nothrow) char[static_cast<std::size_t>(room) + 1]);
   if (!bytes) return -1;
   bytes[0] = 0;
-  line.ExportASCII(bytes.get(), room, kCharacterSetWindows);
+  // A text that cannot be converted is not written as nothing: the caller
+  // must not take a line for written that is not in the file.
+  if (line.ExportASCII(bytes.get(), room, kCharacterSetWindows) == 0 && line.GetLength() > 0) return -1;
   return vp::ReportError(vp::StreamPuts(mStream, bytes.get()));
 }
 
