@@ -8,7 +8,10 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/SysCallSweep.h"
+#include <optional>
+
+#include "platform/FaultInjection.h"
+#include "platform/FullDisk.h"
 #include "support/LogicalFile.h"
 #include "support/TempFolder.h"
 
@@ -20,12 +23,14 @@ struct SweepResult {
   bool tripped = false;
   long long reported = 0;  // bytes the writes said they wrote
   bool failedWrite = false;
+  std::string failed;  // which call failed
 };
 
 // Opens a new file with a limit of 1000, writes 600 bytes, then writes
 // pieces of 700 (crossing an end at every one but one) with the failure in force.
-SweepResult WriteWithFailure(const TempFolder& dir, const std::string& data, int n, int error,
-                             StFailNthFileCall::Mode mode) {
+// `fullDisk`: every write from the nth on fails with ENOSPC; else the nth
+// system call of any kind fails with `error`.
+SweepResult WriteWithFailure(const TempFolder& dir, const std::string& data, int n, int error, bool fullDisk) {
   SweepResult result;
   MFiles file;
   EXPECT_EQ(file.FOpen(dir.Path("title.vob"), MFile::file_create_binary), 0);
@@ -33,7 +38,13 @@ SweepResult WriteWithFailure(const TempFolder& dir, const std::string& data, int
   EXPECT_EQ(file.FWrite(data.data(), 600), 600);
   result.reported = 600;
   {
-    StFailNthFileCall fail(n, error, mode);
+    std::optional<StSysCallFaults> once;
+    std::optional<StFailWritesFrom> disk;
+    if (fullDisk) {
+      disk.emplace(n, error);
+    } else {
+      once.emplace(n, error, StSysCallFaults::kOnce);
+    }
     for (long long at = 600; at + 700 <= static_cast<long long>(data.size()); at += 700) {
       int written = file.FWrite(data.data() + at, 700);
       if (written != 700) {
@@ -43,7 +54,8 @@ SweepResult WriteWithFailure(const TempFolder& dir, const std::string& data, int
       }
       result.reported += 700;
     }
-    result.tripped = fail.Tripped();
+    result.tripped = fullDisk ? disk->Tripped() : once->Fired();
+    if (once && once->Fired()) result.failed = once->Describe();
   }
   file.FClose();
   return result;
@@ -52,13 +64,13 @@ SweepResult WriteWithFailure(const TempFolder& dir, const std::string& data, int
 // Sweeps the failure over every call (every write, for a full disk); the
 // writes make at least `calls` of them, and at least `failures` failures
 // reach the caller.
-void Sweep(int error, StFailNthFileCall::Mode mode, int calls, int failuresSeen) {
+void Sweep(int error, bool fullDisk, int calls, int failuresSeen) {
   const std::string data = Pattern(600 + 6 * 700);
   int failures = 0;
   for (int n = 1; n < 10000; ++n) {
     SCOPED_TRACE(n);
     TempFolder dir;
-    SweepResult result = WriteWithFailure(dir, data, n, error, mode);
+    SweepResult result = WriteWithFailure(dir, data, n, error, fullDisk);
     if (!result.tripped) {
       EXPECT_EQ(result.reported, static_cast<long long>(data.size()));
       EXPECT_GT(n, calls) << "the writes make more calls than that";
@@ -72,7 +84,7 @@ void Sweep(int error, StFailNthFileCall::Mode mode, int calls, int failuresSeen)
     for (MString& segment : segments) EXPECT_TRUE(MFile::FileExist(segment)) << Text(segment).size();
     std::string content = ReadLogical(name);
     ASSERT_NE(content, "<unreadable>");
-    ASSERT_GE(content.size(), static_cast<std::size_t>(result.reported)) << "reported bytes were lost";
+    ASSERT_GE(content.size(), static_cast<std::size_t>(result.reported)) << "reported bytes were lost; " << result.failed;
     EXPECT_EQ(content, data.substr(0, content.size()));
     EXPECT_FALSE(std::filesystem::exists(dir.Bytes("title.vob.cfx.new")));
   }
@@ -81,9 +93,9 @@ void Sweep(int error, StFailNthFileCall::Mode mode, int calls, int failuresSeen)
 
 }  // namespace
 
-TEST(SegmentedFaults, AnIoErrorAtEveryCallOfCrossingWrites) { Sweep(EIO, StFailNthFileCall::kOneCall, 60, 40); }
+TEST(SegmentedFaults, AnIoErrorAtEveryCallOfCrossingWrites) { Sweep(EIO, false, 60, 40); }
 
-TEST(SegmentedFaults, ADiskThatFillsUpDuringCrossingWrites) { Sweep(ENOSPC, StFailNthFileCall::kFullDisk, 10, 10); }
+TEST(SegmentedFaults, ADiskThatFillsUpDuringCrossingWrites) { Sweep(ENOSPC, true, 10, 10); }
 
 TEST(SegmentedFaults, WithoutHardLinksTheSwitchRenames) {
   TempFolder dir;
