@@ -73,7 +73,9 @@ class VBU_API MFiles : public MFile {
   // file_seek_begin: to a logical offset, growing the file (by whole new
   // segments if needed) when it lies behind the end; gives the offset.
   // file_seek_end and file_seek_current: inside the last or the open
-  // segment; gives the position inside it. -1 on failure.
+  // segment; gives the position inside it. -1 on failure. On the overlapped
+  // route, whose transfers name their offsets, file_seek_begin makes and
+  // opens the segments and sets no position.
   long long FSeek64(long long offset, file_seek_t origin) override;
   // The position inside the open segment.
   long long FTell64() override;
