@@ -12,8 +12,9 @@
 //
 //   MFiles title;
 //   title.SetMaxFileSize(1024LL << 20);                  // 1 GiB segments
+//   char sector[2048] = {};
 //   if (title.FOpen(u"/media/title.vob"_u16, MFile::file_create_binary) == 0) {
-//     while (...) title.FWrite(sector, 2048);            // spreads over segments
+//     for (int i = 0; i < 1000000; ++i) title.FWrite(sector, 2048);   // spreads over segments
 //     title.FClose();
 //   }
 #pragma once
