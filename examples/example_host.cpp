@@ -698,7 +698,6 @@ int main(int argc, char** argv) {
   std::string sampleFolder;
   std::vector<JobResult> jobs;
   if (options.destination.empty()) {
-    options.segmentLimit = 100 * kMiB;
     std::string pattern = "/tmp/vbu-example-XXXXXX";
     if (mkdtemp(pattern.data())) {
       sampleFolder = pattern;
