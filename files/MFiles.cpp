@@ -86,6 +86,14 @@ int MakeFile(const unsigned short* path, long long length) {
   return file.FClose() == 0 && ok ? 0 : -1;
 }
 
+// Places the open segment's position at `offset`, having made the segment
+// that long first if `grow`. The overlapped route keeps no position (every
+// transfer names its offset), so there only the size is set.
+bool PlaceInSegment(MFileUniv& file, long long offset, bool grow) {
+  if (file.IsOverlapped()) return !grow || file.FSetFileSize(offset) == 0;
+  return file.FSeek64(offset, MFile::file_seek_begin) == offset && (!grow || file.FSetEndOfFile() == 0);
+}
+
 long long SizeOf(const unsigned short* path) {
   _stati64 info;
   return vp::StatPath(path, &info) == 0 ? info.st_size : -1;
@@ -342,21 +350,18 @@ long long MFiles::FSeek64(long long offset, file_seek_t origin) {
     if (size < 0) return -1;
     if (offset <= base + size) {
       if (mCurrentIndex != i && OpenSegment(i, ReopenMode()) != 0) return -1;
-      return mCurrentFile.FSeek64(offset - base, file_seek_begin) == offset - base ? offset : -1;
+      return PlaceInSegment(mCurrentFile, offset - base, false) ? offset : -1;
     }
     if (i < last) base += size;
   }
   // Behind the end: the last segment grows, up to the limit.
   if (mCurrentIndex != last && OpenSegment(last, ReopenMode()) != 0) return -1;
   if (offset <= base + mMaxFileSize) {
-    if (mCurrentFile.FSeek64(offset - base, file_seek_begin) != offset - base) return -1;
-    return mCurrentFile.FSetEndOfFile() == 0 ? offset : -1;
+    return PlaceInSegment(mCurrentFile, offset - base, true) ? offset : -1;
   }
   // Then whole new segments. A segment above the limit keeps its data.
   if (size < mMaxFileSize) {
-    if (mCurrentFile.FSeek64(mMaxFileSize, file_seek_begin) != mMaxFileSize || mCurrentFile.FSetEndOfFile() != 0) {
-      return -1;
-    }
+    if (!PlaceInSegment(mCurrentFile, mMaxFileSize, true)) return -1;
     size = mMaxFileSize;
   }
   if (mInfoSpec.IsNull()) {
@@ -370,7 +375,7 @@ long long MFiles::FSeek64(long long offset, file_seek_t origin) {
     remaining -= length;
   }
   if (OpenSegment(GetCount(), ReopenMode()) != 0) return -1;
-  return mCurrentFile.FSeek64(length, file_seek_begin) == length ? offset : -1;
+  return PlaceInSegment(mCurrentFile, length, false) ? offset : -1;
 }
 
 long long MFiles::FTell64() { return IsOpen() ? mCurrentFile.FTell64() : -1; }

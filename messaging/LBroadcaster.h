@@ -2,8 +2,12 @@
 // and a pointer; BroadcastMessage calls every listener on the caller's
 // thread, in the order they were added, and returns after the last one.
 //
-//   LBroadcaster source;  MyListener sink;
+//   struct Sink : LListener {
+//     bool ListenToMessage(long message, void* param) override { return message == 7130; }
+//   };
+//   LBroadcaster source;  Sink sink;
 //   source.AddListener(&sink);
+//   int record = 0;
 //   source.BroadcastMessage(7130, &record);   // sink.ListenToMessage(7130, &record)
 #pragma once
 
