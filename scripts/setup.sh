@@ -2,7 +2,8 @@
 # Installs what the build needs on a fresh Debian machine. Does nothing when all is present.
 set -euo pipefail
 
-packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev liburing-dev libboost-dev)
+packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev liburing-dev libboost-dev
+          clang libclang-rt-14-dev)  # clang and its libFuzzer runtime: the fuzz preset
 
 missing=()
 for p in "${packages[@]}"; do
