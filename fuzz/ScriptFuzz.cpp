@@ -5,6 +5,8 @@
 #include <VantoroBasicUtils/files/CScriptFile.h>
 #include <VantoroBasicUtils/text/MStringList.h>
 
+using namespace vbu::literals;
+
 namespace {
 
 // Reaches the scanner's protected primitives as a host's parser does.

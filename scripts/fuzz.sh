@@ -12,7 +12,7 @@ seconds=${1:-60}
 shift || true
 
 cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz
+cmake --build --preset fuzz --target vbu_fuzzers
 
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
