@@ -34,7 +34,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   int stored = text.ExportASCII(bytes.get(), max, set);
   VBU_FUZZ_CHECK(stored >= 0 && stored <= max);
   VBU_FUZZ_CHECK(bytes[static_cast<std::size_t>(stored)] == 0);
-  if (stored > 0 && set == kCharacterSetWindows) {
+  // A unit of a surrogate pair alone has no character: it is stored as
+  // U+FFFD's bytes, by design.
+  bool pairsOnly = true;
+  const unsigned short* units = text;
+  for (int i = 0; units[i] != 0; ++i) {
+    if (units[i] >= 0xD800 && units[i] <= 0xDBFF && units[i + 1] >= 0xDC00 && units[i + 1] <= 0xDFFF) {
+      ++i;
+    } else if (units[i] >= 0xD800 && units[i] <= 0xDFFF) {
+      pairsOnly = false;
+    }
+  }
+  if (stored > 0 && set == kCharacterSetWindows && pairsOnly) {
     // What was stored in the system code page reads back as the same text.
     MString back;
     back.ImportASCII(bytes.get(), stored);

@@ -59,7 +59,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::u16string got;
   if (text.find('\0') == std::string::npos) {
     // (A NUL in the text ends what a reader of the file sees; no check there.)
-    VBU_FUZZ_CHECK(vbu::platform::FindSetting(written, section.c_str(), key.c_str(), &got));
+    if (!vbu::platform::FindSetting(written, section.c_str(), key.c_str(), &got)) {
+      std::fprintf(stderr, "section [%s] key [%s] value [%s]\ntext:\n%s\nwritten:\n%s\n",
+                   std::string(section.begin(), section.end()).c_str(), std::string(key.begin(), key.end()).c_str(),
+                   std::string(value.begin(), value.end()).c_str(), text.c_str(), written.c_str());
+      std::abort();
+    }
     VBU_FUZZ_CHECK(got == value);
   }
   // Removal, of the key and of the section, on any text.

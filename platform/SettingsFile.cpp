@@ -161,13 +161,14 @@ bool HasLineBreak(const char16_t* text) {
   return false;
 }
 
-// Where a line is to follow `line`: at its end, which gets a line end first if it has none.
+// Where a line is to follow `line`: at its end, which gets a line end first
+// if it has none. An unended last line may stop at a CR of its own, which
+// then needs only the LF (another CR would become part of its value).
 std::size_t EndLine(std::string* text, const Line& line) {
-  if (line.end == line.textEnd) {
-    text->insert(line.end, "\r\n");
-    return line.end + 2;
-  }
-  return line.end;
+  if (line.end > line.begin && (*text)[line.end - 1] == '\n') return line.end;
+  const char* ending = line.end > line.textEnd ? "\n" : "\r\n";
+  text->insert(line.end, ending);
+  return line.end + std::char_traits<char>::length(ending);
 }
 
 std::mutex& WriteGuard() {
