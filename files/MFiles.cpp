@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "files/PathTails.h"
+#include "platform/internal/Errors.h"
 #include "platform/internal/FileSystem.h"
 #include "platform/internal/WideText.h"
 #include "platform/internal/Directory.h"
@@ -49,11 +50,18 @@ bool StartsWithHeader(const unsigned short* line) {
   return vbu::wtext::CompareN(line, MFiles::kInfoHeader, kHeaderCompared) == 0;
 }
 
-// Reads the first line of an open file: true when it is the info header.
-bool ReadHeader(MFileUniv& reader) {
+// True when the last FGetts of a reader stopped at the end of its file,
+// not at a failure.
+bool EndedAtTheEnd() { return GetLastError() == kErrorHandleEof; }
+
+// Reads the first line of an open file: 1 when it is the info header, 0 when
+// it is not (an empty file included), -1 when it cannot be read: a header
+// that cannot be read must not make the info file pass for the data.
+int ReadHeader(MFileUniv& reader) {
   // FGetts takes at most 2 * count - 1 bytes into 2 * count units.
   unsigned short line[2 * kHeaderCompared];
-  return reader.FGetts(line, kHeaderCompared) == 0 && StartsWithHeader(line);
+  if (reader.FGetts(line, kHeaderCompared) != 0) return EndedAtTheEnd() ? 0 : -1;
+  return StartsWithHeader(line) ? 1 : 0;
 }
 
 // Writes a whole info file: the header and one line for each path. 0 or -1.
@@ -188,7 +196,9 @@ int MFiles::FOpen(file_open_t mode) {
     append(spec.GetFilePath());
   } else {
     if (reader.FOpen(spec, file_read_text) != 0) return -1;
-    if (!ReadHeader(reader)) {
+    int header = ReadHeader(reader);
+    if (header < 0) return -1;
+    if (header == 0) {
       append(spec.GetFilePath());
     } else {
       mInfoSpec = spec;
@@ -208,6 +218,8 @@ int MFiles::FOpen(file_open_t mode) {
         if (path.GetLength() > kMaxPathLength || static_cast<int>(found.GetCount()) >= kMaxSegments) return -1;
         append(path);
       }
+      // A list cut short by a failure would open as a shorter file.
+      if (!EndedAtTheEnd()) return -1;
     }
     reader.FClose();
   }
@@ -514,7 +526,7 @@ bool MFiles::IsBrevanderMFiles(MString& path) {
   if (!vp::PathExists(path)) return false;
   MFileUniv reader;
   if (reader.FOpen(path, file_read_binary) != 0) return false;
-  bool header = ReadHeader(reader);
+  bool header = ReadHeader(reader) == 1;
   reader.FClose();
   return header;
 }

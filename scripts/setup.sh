@@ -3,7 +3,8 @@
 set -euo pipefail
 
 packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev liburing-dev libboost-dev
-          doxygen dpkg-dev)
+          doxygen dpkg-dev  # the API reference and the Debian packages
+          clang libclang-rt-14-dev)  # clang and its libFuzzer runtime: the fuzz preset
 
 missing=()
 for p in "${packages[@]}"; do
