@@ -57,11 +57,6 @@ TEST(VersionControl, TheCurrentRecordIsTheLastMadeUntilOneDies) {
     delete second;
   }
   EXPECT_EQ(CVersionControl::gVersionControl, nullptr);
-  EXPECT_EQ(kMajorVersion, 1);
-  EXPECT_EQ(kMinorVersion, 2);
-  EXPECT_EQ(kBugFixVersion, 0);
-  EXPECT_EQ(kDataFormatVersion, kDataFormatVersion5);
-  EXPECT_EQ(kDataFormatVersion5, 5);
 }
 
 TEST(VersionControl, TheSettingsFileCanTurnFeaturesOff) {

@@ -66,26 +66,6 @@ TEST_F(MessageAction, SelectorsPickWindowsLowestFirstAndEveryKindReachesEveryWin
   EXPECT_TRUE(c.texts[18] == nullptr && c.texts.back()[0] == 0);  // Clear: no text; Return: an empty one
 }
 
-TEST_F(MessageAction, ConsolePrintsLabelsTabsAndLineEnds) {
-  CMessageConsole console;
-  EXPECT_EQ(console.GetWindowType(), 4);
-  testing::internal::CaptureStdout();
-  CMessageAction::Error(nullptr, kHello, 1);
-  CMessageAction::Warning(nullptr, kHello, 2);
-  CMessageAction::Inform(nullptr, kWorld, 16);
-  CMessageAction::InformWithoutReturn(nullptr, kHello, 1);
-  CMessageAction::SimpleOutput(nullptr, kWorld, 1);
-  CMessageAction::Return(1);
-  CMessageAction::Clear(1);
-  CMessageAction::Error(nullptr, kHello, 32);  // the sixth window is not printed
-  std::string out = testing::internal::GetCapturedStdout();
-  EXPECT_EQ(out,
-            "Error\t\thello\n"
-            "Warning\t\thello\n"
-            "Info\t\tw\xC3\xB6rld\n"
-            "Info\t\thellow\xC3\xB6rld\n");
-}
-
 namespace {
 // Opens CheckMessage for tests.
 class CheckingConsole : public CMessageConsole {
@@ -94,7 +74,7 @@ class CheckingConsole : public CMessageConsole {
 };
 }  // namespace
 
-TEST_F(MessageAction, ConsoleTakesItsWindowsMessagesButClear) {
+TEST_F(MessageAction, ConsoleTakesItsWindowsMessagesButClearAndPrintsLabelsTabsAndLineEnds) {
   {
     CheckingConsole console;  // attached: gone before the printing below
     for (auto [type, base] : {std::pair{1L, 26000L}, {2L, 26010L}, {4L, 26020L}}) {
@@ -106,12 +86,24 @@ TEST_F(MessageAction, ConsoleTakesItsWindowsMessagesButClear) {
     console.SetWindowType(8);
     EXPECT_FALSE(console.CheckMessage(26030));
   }
-  CMessageConsole plain;
-  EXPECT_FALSE(plain.ListenToMessage(202, nullptr));
-  CMessageConsole copy(plain);  // attached to nothing
+  CMessageConsole console;
+  EXPECT_EQ(console.GetWindowType(), 4);
+  EXPECT_FALSE(console.ListenToMessage(202, nullptr));
+  CMessageConsole copy(console);  // attached to nothing: each line is printed once
   testing::internal::CaptureStdout();
   CMessageAction::Error(nullptr, kHello, 1);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Error\t\thello\n");  // printed once
+  CMessageAction::Warning(nullptr, kHello, 2);
+  CMessageAction::Inform(nullptr, kWorld, 16);
+  CMessageAction::InformWithoutReturn(nullptr, kHello, 1);
+  CMessageAction::SimpleOutput(nullptr, kWorld, 1);
+  CMessageAction::Return(1);
+  CMessageAction::Clear(1);
+  CMessageAction::Error(nullptr, kHello, 32);  // the sixth window is not printed
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "Error\t\thello\n"
+            "Warning\t\thello\n"
+            "Info\t\tw\xC3\xB6rld\n"
+            "Info\t\thellow\xC3\xB6rld\n");
 }
 
 TEST_F(MessageAction, ManyThreadsReportAtOnce) {
@@ -162,17 +154,3 @@ TEST(StGlobalLock, IsReentrantAndExcludesOtherThreads) {
   b.join();
   EXPECT_EQ(maxInside, 1);
 }
-
-namespace {
-// A host's static object that reports while the program is still starting.
-struct EarlyReporter {
-  EarlyReporter() {
-    const unsigned short text[] = {'e', 'a', 'r', 'l', 'y', 0};
-    CMessageAction::Error(nullptr, text, 64);  // no window: nothing shows, but the service is there
-    ready = CMessageAction::GetMessageAction() != nullptr && CMessageAction::GetWindowType(0) == 1;
-  }
-  bool ready = false;
-} gEarlyReporter;
-}  // namespace
-
-TEST(MessageActionStartup, ReadyForTheHostsStaticConstructors) { EXPECT_TRUE(gEarlyReporter.ready); }

@@ -19,9 +19,16 @@ class HostProcess : public CIdleProcess {
   void ExecuteSelf() override { gHostProcessRan = true; }
 };
 
-// A host's static object that queues idle work while it is made: the queue
-// must exist already, or its own construction would forget the process.
+// A host's static object that queues idle work and reports while it is made:
+// the queue must exist already, or its own construction would forget the
+// process; the message service must be there to take the report.
 const bool gQueuedAtLoad = (new HostProcess, true);
+bool ReportAtLoad() {
+  const unsigned short text[] = {'e', 'a', 'r', 'l', 'y', 0};
+  CMessageAction::Error(nullptr, text, 64);  // no window: nothing shows
+  return CMessageAction::GetMessageAction() != nullptr && CMessageAction::GetWindowType(0) == 1;
+}
+const bool gReportedAtLoad = ReportAtLoad();
 
 // Names each dying service as it hears its last message.
 class Witness : public LListener {
@@ -46,6 +53,7 @@ Witness* gWitness = nullptr;  // reachable, and alive to the very end
 
 TEST(StaticObjects, AreReadyBeforeTheHostsStaticObjects) {
   ASSERT_TRUE(gQueuedAtLoad);
+  EXPECT_TRUE(gReportedAtLoad);
   gIdleProcesses.ExecuteAll();
   EXPECT_TRUE(gHostProcessRan);
 }

@@ -31,9 +31,10 @@ struct Board {
 
 class StressTask : public CBrevanderThread {
  public:
-  StressTask(Board& board, int serial, Kind kind, bool selfDestroy)
-      : CBrevanderThread(selfDestroy), serial(serial), kind(kind), mBoard(board) {
+  StressTask(Board& board, int serial, Kind kind)
+      : CBrevanderThread(kind != kB), serial(serial), kind(kind), mBoard(board) {
     SetWorkerThread(true);
+    mSingleRun = kind != kC;
   }
   ~StressTask() override {
     std::lock_guard<std::mutex> lock(mBoard.mutex);
@@ -66,17 +67,11 @@ class StressTask : public CBrevanderThread {
   Board& mBoard;
 };
 
-class StressA : public StressTask {
+// A class per kind: the single-run rule holds within a class.
+template <Kind K>
+class Stress : public StressTask {
  public:
-  StressA(Board& board, int serial) : StressTask(board, serial, kA, true) { mSingleRun = true; }
-};
-class StressB : public StressTask {
- public:
-  StressB(Board& board, int serial) : StressTask(board, serial, kB, false) { mSingleRun = true; }
-};
-class StressC : public StressTask {
- public:
-  StressC(Board& board, int serial) : StressTask(board, serial, kC, true) {}
+  Stress(Board& board, int serial) : StressTask(board, serial, K) {}
 };
 
 class Arrivals : public LListener {
@@ -107,40 +102,25 @@ TEST(TaskStress, SingleRunClassesNeverRunTwiceAndEveryTaskEndsOnce) {
   list->AddListener(&arrivals);
 
   std::mutex keptMutex;
-  std::vector<StressB*> kept;
+  std::vector<StressTask*> kept;
   std::map<int, bool> refused;
   std::vector<std::thread> starters;
   for (int s = 0; s < kStarters; ++s) {
     starters.emplace_back([&, s] {
       for (int i = 0; i < kTasksPerStarter; ++i) {
         const int serial = s * kTasksPerStarter + i;
-        switch (serial % 3) {
-          case kA:
-            (new StressA(board, serial))->Execute();
-            break;
-          case kB: {
-            auto* task = new StressB(board, serial);
-            task->refuse = serial % 5 == 0;
-            {
-              std::lock_guard<std::mutex> lock(keptMutex);
-              kept.push_back(task);
-              refused[serial] = task->refuse;
-            }
-            task->Execute();
-            if (serial % 2 == 1) task->Abort();  // waiting or running, whichever it is by now
-            break;
-          }
-          default: {
-            auto* task = new StressC(board, serial);
-            task->refuse = serial % 4 == 0;
-            {
-              std::lock_guard<std::mutex> lock(keptMutex);
-              refused[serial] = task->refuse;
-            }
-            task->Execute();
-            break;
-          }
+        const Kind kind = static_cast<Kind>(serial % 3);
+        StressTask* task = kind == kA   ? static_cast<StressTask*>(new Stress<kA>(board, serial))
+                           : kind == kB ? static_cast<StressTask*>(new Stress<kB>(board, serial))
+                                        : new Stress<kC>(board, serial);
+        task->refuse = (kind == kB && serial % 5 == 0) || (kind == kC && serial % 4 == 0);
+        {
+          std::lock_guard<std::mutex> lock(keptMutex);
+          refused[serial] = task->refuse;
+          if (kind == kB) kept.push_back(task);
         }
+        task->Execute();
+        if (kind == kB && serial % 2 == 1) task->Abort();  // waiting or running, whichever it is by now
       }
     });
   }
@@ -151,7 +131,7 @@ TEST(TaskStress, SingleRunClassesNeverRunTwiceAndEveryTaskEndsOnce) {
   // program (a failure) rather than waiting for them.
   ASSERT_TRUE(allEnded) << board.removed << " ended, " << board.deleted << " deleted";
   for (std::thread& starter : starters) starter.join();
-  for (StressB* task : kept) {
+  for (StressTask* task : kept) {
     if (task->GetThreadId()) {
       ASSERT_TRUE(PumpUntil([&] { return ThreadEnded(task->GetThreadId()); }));
     }
@@ -188,5 +168,5 @@ TEST(TaskStress, SingleRunClassesNeverRunTwiceAndEveryTaskEndsOnce) {
       EXPECT_LT(rank[board.starts[kind][i - 1]], rank[board.starts[kind][i]]) << "class " << kind;
   }
   lock.unlock();
-  for (StressB* task : kept) delete task;
+  for (StressTask* task : kept) delete task;
 }

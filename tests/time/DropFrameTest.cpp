@@ -21,30 +21,6 @@ bool Forbidden(const CTimecode& t) { return t.GetSecond() == 0 && t.GetFrame() <
 
 }  // namespace
 
-TEST(DropFrame, PublishedLabelsFromZero) {
-  struct Row {
-    CTimecode plain;
-    const char* drop;
-  } rows[] = {
-      {At30(0, 0, 59, 29), "00:00:59:29"}, {At30(0, 1, 0, 0), "00:01:00:02"},
-      {At30(0, 1, 59, 28), "00:02:00:02"}, {At30(0, 9, 59, 29), "00:10:00:17"},
-      {At30(0, 10, 0, 0), "00:10:00:18"},  {At30(1, 0, 0, 0), "01:00:03:18"},
-      {At30(10, 0, 0, 0), "10:00:36:00"},  {At30(23, 59, 59, 29), "24:01:26:13"},
-      {At30(24, 0, 0, 0), "24:01:26:14"},
-      // Far from the reference a single correction is not enough.
-      {At30(16, 40, 59, 28), "16:42:00:02"}, {At30(16, 40, 59, 29), "16:42:00:03"},
-  };
-  CTimecode zero;
-  for (auto& row : rows) {
-    CTimecode drop;
-    row.plain.Nondrop2Drop(zero, &drop);
-    EXPECT_EQ(Label(drop), row.drop) << Label(row.plain);
-    CTimecode back;
-    drop.Drop2Nondrop(zero, &back);
-    EXPECT_EQ(Label(back), Label(row.plain));
-  }
-}
-
 TEST(DropFrame, EveryFrameOfADayFromSeveralReferences) {
   // Every frame of 25 hours from each reference, against a model that walks
   // the labels one by one: a plain frame takes the next label, and a minute
@@ -76,11 +52,19 @@ TEST(DropFrame, EveryFrameOfADayFromSeveralReferences) {
   }
 }
 
-TEST(DropFrame, CountsFromTheReference) {
+TEST(DropFrame, PublishedLabelsAndCountsFromTheReference) {
   struct Row {
     CTimecode reference, plain;
     const char* drop;
   } rows[] = {
+      // The published table, from zero; each label converts back exactly.
+      {At30(0, 0, 0, 0), At30(0, 0, 59, 29), "00:00:59:29"}, {At30(0, 0, 0, 0), At30(0, 1, 0, 0), "00:01:00:02"},
+      {At30(0, 0, 0, 0), At30(0, 1, 59, 28), "00:02:00:02"}, {At30(0, 0, 0, 0), At30(0, 9, 59, 29), "00:10:00:17"},
+      {At30(0, 0, 0, 0), At30(0, 10, 0, 0), "00:10:00:18"},  {At30(0, 0, 0, 0), At30(1, 0, 0, 0), "01:00:03:18"},
+      {At30(0, 0, 0, 0), At30(10, 0, 0, 0), "10:00:36:00"},  {At30(0, 0, 0, 0), At30(23, 59, 59, 29), "24:01:26:13"},
+      {At30(0, 0, 0, 0), At30(24, 0, 0, 0), "24:01:26:14"},
+      // Far from the reference a single correction is not enough.
+      {At30(0, 0, 0, 0), At30(16, 40, 59, 28), "16:42:00:02"}, {At30(0, 0, 0, 0), At30(16, 40, 59, 29), "16:42:00:03"},
       {At30(1, 0, 0, 0), At30(1, 1, 0, 0), "01:01:00:02"},  // the hour before drops nothing
       {At30(0, 59, 0, 0), At30(1, 0, 0, 0), "01:00:00:00"},  // the 60th minute is a tenth
       {At30(0, 59, 0, 0), At30(1, 1, 0, 0), "01:01:00:02"},
@@ -102,6 +86,11 @@ TEST(DropFrame, CountsFromTheReference) {
     row.plain.Nondrop2Drop(row.reference, &drop);
     EXPECT_EQ(Label(drop), row.drop) << Label(row.reference) << " " << Label(row.plain);
     EXPECT_EQ(drop.GetFrameRate(), 30.0);
+    if (row.reference.IsZero() && row.plain.GetFrameRate() == 30.0) {
+      CTimecode back;
+      drop.Drop2Nondrop(row.reference, &back);
+      EXPECT_EQ(Label(back), Label(row.plain));
+    }
   }
   // Labels that drop-frame skips read as the next legal one.
   CTimecode zero;
