@@ -2,7 +2,7 @@
 # Installs what the build needs on a fresh Debian machine. Does nothing when all is present.
 set -euo pipefail
 
-packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev liburing-dev libboost-dev)
+packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev liburing-dev libboost-dev fio)
 
 missing=()
 for p in "${packages[@]}"; do

@@ -24,28 +24,31 @@ namespace {
 
 constexpr long kBuffer = 4194304;
 
-// Fails the `n`th call (1 = the next) of pread or pwrite with `error`; the others go through.
+// Fails the first call of pread or pwrite at or past `offset` with `error`
+// (the transfers of a join run in parallel, so their order is not the count's).
 class StFailTransfer : public StSysCallTable {
  public:
-  StFailTransfer(bool write, int n, int error) {
-    sCountdown = n;
+  StFailTransfer(bool write, int64_t offset, int error) {
+    sOffset = offset;
     sError = error;
+    sFired = false;
     if (write) {
-      vp::Sys().pwrite = [](int fd, const void* buffer, std::size_t count, int64_t offset) -> long {
-        if (--sCountdown == 0) return errno = sError, -1;
-        return vp::DefaultSysCalls().pwrite(fd, buffer, count, offset);
+      vp::Sys().pwrite = [](int fd, const void* buffer, std::size_t count, int64_t at) -> long {
+        if (at >= sOffset && !sFired.exchange(true)) return errno = sError, -1;
+        return vp::DefaultSysCalls().pwrite(fd, buffer, count, at);
       };
     } else {
-      vp::Sys().pread = [](int fd, void* buffer, std::size_t count, int64_t offset) -> long {
-        if (--sCountdown == 0) return errno = sError, -1;
-        return vp::DefaultSysCalls().pread(fd, buffer, count, offset);
+      vp::Sys().pread = [](int fd, void* buffer, std::size_t count, int64_t at) -> long {
+        if (at >= sOffset && !sFired.exchange(true)) return errno = sError, -1;
+        return vp::DefaultSysCalls().pread(fd, buffer, count, at);
       };
     }
   }
 
  private:
-  static inline std::atomic<int> sCountdown{0};
+  static inline int64_t sOffset = 0;
   static inline int sError = 0;
+  static inline std::atomic<bool> sFired{false};
 };
 
 class JoinFaults : public ::testing::Test {
@@ -85,7 +88,7 @@ std::u16string SystemText(int error) {
 TEST_F(JoinFaults, ASourceThatCannotBeReadStopsTheJoinWithTheSystemsText) {
   Hearing hearing;
   {
-    StFailTransfer fail(false, 2, EIO);  // the second read of the second source
+    StFailTransfer fail(false, kBuffer, EIO);  // the second buffer of the second source
     EXPECT_EQ(Join("second"), -1);
   }
   ASSERT_EQ(hearing.messages, std::vector<long>{26000});
@@ -100,7 +103,7 @@ TEST_F(JoinFaults, ASourceThatCannotBeReadStopsTheJoinWithTheSystemsText) {
 TEST_F(JoinFaults, AFullDiskStopsTheJoinAndKeepsWhatWasWritten) {
   Hearing hearing;
   {
-    StFailTransfer fail(true, 2, ENOSPC);
+    StFailTransfer fail(true, 6144 + kBuffer, ENOSPC);  // the second buffer's writes
     EXPECT_EQ(Join("second"), -1);
   }
   ASSERT_EQ(hearing.messages, std::vector<long>{26000});
