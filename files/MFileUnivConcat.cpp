@@ -31,6 +31,10 @@ constexpr uint32_t kTransfersPerBuffer = 4;
 // (the largest sector of today's disks), so that splitting a buffer never
 // turns the destination away from direct transfers.
 constexpr uint32_t kTransferAlignment = 4096;
+// The destination's space is taken ahead of the writes in steps of this
+// many bytes: direct writes that grow a file wait for each other, writes
+// into the file's own space run side by side.
+constexpr uint64_t kReserveStep = uint64_t{256} << 20;
 
 uint64_t RoundUp(uint64_t value, uint64_t unit) { return (value + unit - 1) / unit * unit; }
 
@@ -111,7 +115,10 @@ class MFileUniv::ConcatPipeline {
         mSlotBytes(SlotBytes(static_cast<uint32_t>(info.mBufferSize))),
         mSlotsPerBuffer(static_cast<int>(static_cast<uint32_t>(info.mBufferSize) / mSlotBytes)),
         mPieces((info.mSourceSize + mBufferBytes - 1) / mBufferBytes),
-        mWriteBase(static_cast<uint64_t>(vp::GetOffset(info.mWriteInfo.mOverlapped))) {
+        mWriteBase(static_cast<uint64_t>(vp::GetOffset(info.mWriteInfo.mOverlapped))),
+        mReservedEnd(mWriteBase) {
+    int64_t size = -1;
+    if (vp::GetHandleSize(info.mDestination, &size) == 0) mSizeBefore = static_cast<uint64_t>(size);
     for (Slot& slot : mSlots) {
       slot.record.mOverlapped.hEvent = &mEnded;
       slot.record.mMarker = ConcatCallbackInfo::kLiveMarker;
@@ -145,6 +152,13 @@ class MFileUniv::ConcatPipeline {
         continue;
       }
       TakeEnds();
+    }
+    const bool whole = !waitFailed && mInfo.mErrorCode == 0 && mCollectPiece == mPieces;
+    // Space taken ahead and never written goes back: the file ends where its
+    // counted bytes do, as if it had grown with the writes.
+    const uint64_t end = std::max(mSizeBefore, static_cast<uint64_t>(vp::GetOffset(mInfo.mWriteInfo.mOverlapped)));
+    if (!whole && mReservedEnd > end && mSizeBefore != kUnknownSize) {
+      vp::SetHandleSize(mInfo.mDestination, static_cast<int64_t>(end));
     }
     return !waitFailed && mInfo.mErrorCode == 0;
   }
@@ -226,11 +240,28 @@ class MFileUniv::ConcatPipeline {
     }
   }
 
+  // Takes the destination's space for `piece` and a step beyond, once the
+  // writes come near. Only a help: where the file system cannot, the
+  // writes grow the file as they go.
+  void Reserve(uint64_t piece) {
+    const uint64_t end = mWriteBase + mInfo.mRoundedSize;
+    const uint64_t pieceEnd = std::min(end, mWriteBase + (piece + 1) * mBufferBytes);
+    if (!mReserving || pieceEnd <= mReservedEnd) return;
+    const uint64_t to = std::min(end, pieceEnd + kReserveStep);
+    if (vp::ReserveHandleSpace(mInfo.mDestination, static_cast<int64_t>(mReservedEnd),
+                               static_cast<int64_t>(to - mReservedEnd)) != 0) {
+      mReserving = false;
+      return;
+    }
+    mReservedEnd = to;
+  }
+
   // Writes what has been read, in order. The flag is read once the writes
   // of a whole piece are under way.
   void StartWrites(const bool& cancelled) {
     while (!mStopping && mWritePiece < mWriteLimit && SlotOf(mWritePiece, mWritePart).state == State::kFull) {
       Slot& slot = SlotOf(mWritePiece, mWritePart);
+      if (mWritePart == 0) Reserve(mWritePiece);
       const uint64_t offset = SourceOffset(mWritePiece, mWritePart);
       mInfo.mWriteBuffer = MemoryOf(mWritePiece, mWritePart);
       // The source's last part: zeros up to the sector boundary.
@@ -304,6 +335,9 @@ class MFileUniv::ConcatPipeline {
   uint64_t mReadPiece = 0, mWritePiece = 0, mCollectPiece = 0;
   int mReadPart = 0, mWritePart = 0;
   int mReadsInFlight = 0, mWritesInFlight = 0;
+  uint64_t mReservedEnd;                    // the destination's space taken up to here
+  uint64_t mSizeBefore = kUnknownSize;      // the destination's size when the call began
+  bool mReserving = true;                   // false once the file system refused
   uint64_t mWriteLimit = mPieces;  // pieces that may be written: before a failed read
   bool mReadsStopped = false;      // a read failed: start no more reads
   bool mStopping = false;          // a write failed, or the cancellation: start nothing more
