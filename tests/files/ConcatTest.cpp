@@ -5,10 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <map>
-#include <vector>
 
 #include "support/TempFolder.h"
 
@@ -158,61 +155,3 @@ TEST(ConcatFull, ADestinationWithNoRoomFailsWithTheSystemsText) {
   EXPECT_EQ(full.ConcatBufferSynchronously(block, 100), -1);
 }
 
-// Offsets, sizes and progress past 4 GiB: a sparse source of 5 GiB and a
-// little more, joined behind a small one. Only windows are compared: the
-// start, both sides of 4 GiB in the source and in the destination, and the
-// end with its padding. Once, on the system's queue (the other routes run the
-// same code with smaller files above).
-TEST_F(Concat, ASourcePastFourGiBIsJoinedWhole) {
-  if (vbu::GetTransferRoute() != vbu::TransferRoute::kSystemQueue) GTEST_SKIP() << "run on the system's queue";
-  constexpr uint64_t kGiB = uint64_t{1} << 30;
-  constexpr uint64_t kSize = 5 * kGiB + 1000;
-  constexpr uint64_t kFirst = 6144;  // the small source, padded
-  const std::string big = dir.Bytes("big.vob");
-  // Windows of the source that hold data; the rest is holes, read as zeros.
-  const std::vector<std::pair<uint64_t, std::string>> windows = {
-      {0, Pattern(8192, 11)},
-      {4 * kGiB - kFirst - 4096, Pattern(8192, 12)},   // across 4 GiB of the destination
-      {4 * kGiB - 1000, Pattern(2000, 13)},            // across 4 GiB of the source
-      {kSize - 5000, Pattern(5000, 14)},               // the end
-  };
-  {
-    std::ofstream out(big, std::ios::binary);
-    for (const auto& [at, bytes] : windows) {
-      out.seekp(static_cast<std::streamoff>(at));
-      out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    }
-    ASSERT_TRUE(out.good());
-  }
-  ASSERT_EQ(std::filesystem::file_size(big), kSize);
-  ASSERT_EQ(Join("small", 5000, 15), 0);
-  Hearing hearing;
-  MString path = dir.Path("big.vob");
-  bool cancelled = false;
-  ASSERT_EQ(destination.ConcatFile(path, 0, cancelled, 0), 0);
-  const OVERLAPPED& written = destination.GetConcatInfo().mWriteInfo.mOverlapped;
-  const uint64_t rounded = (kSize + 2047) / 2048 * 2048;
-  EXPECT_EQ((uint64_t{written.OffsetHigh} << 32) | written.Offset, kFirst + rounded);
-  EXPECT_EQ(destination.GetConcatInfo().mBytesWritten, rounded);
-  EXPECT_EQ(static_cast<uint64_t>(hearing.advanced) * 2048, rounded) << "progress counts every unit";
-  ASSERT_EQ(destination.FClose(), 0);
-
-  std::ifstream disc(dir.Bytes("disc.iso"), std::ios::binary);
-  auto at = [&](uint64_t offset, std::size_t count) {
-    std::string bytes(count, '\0');
-    disc.seekg(static_cast<std::streamoff>(offset));
-    disc.read(bytes.data(), static_cast<std::streamsize>(count));
-    return bytes;
-  };
-  EXPECT_TRUE(at(0, kFirst) == Padded(sources["small"]));
-  for (const auto& [offset, bytes] : windows) {
-    SCOPED_TRACE(offset);
-    // A window, with a stretch of the holes around it where there is one.
-    const uint64_t before = offset == 0 ? 0 : 1024;
-    const uint64_t after = offset + bytes.size() == kSize ? 0 : 1024;
-    std::string expected = std::string(before, '\0') + bytes + std::string(after, '\0');
-    EXPECT_TRUE(at(kFirst + offset - before, expected.size()) == expected);
-  }
-  EXPECT_EQ(at(kFirst + kSize, rounded - kSize), std::string(rounded - kSize, '\0')) << "padded to the sector";
-  EXPECT_EQ(std::filesystem::file_size(dir.Bytes("disc.iso")), kFirst + rounded);
-}
