@@ -3,9 +3,12 @@
 // MB and Int are big-endian (most significant byte first), LB little-endian;
 // Long and Short are big-endian too. 32-bit values are 32 bits on every host.
 //
-//   unsigned int id = GetMB32(header);       // 0x12 0x34 0x56 0x78 -> 0x12345678
-//   SetLB16(wav + 22, channels);
-//   short delta = GetShort(sample);          // signed: 0xFF 0xFE -> -2
+//   unsigned char header[4] = {0x12, 0x34, 0x56, 0x78};
+//   unsigned int id = GetMB32(header);          // 0x12345678
+//   unsigned char wav[44] = {};
+//   SetLB16(wav + 22, 2);                       // 0x02 0x00: two channels
+//   unsigned char sample[2] = {0xFF, 0xFE};
+//   short delta = GetShort(sample);             // signed: -2
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

@@ -3,7 +3,8 @@
 // companion. Neither owns the buffer. Reads and writes are not checked
 // against the buffer's size: the caller keeps the cursor inside it.
 //
-//   CAppBits bits(packet, packetSize);
+//   unsigned char packet[14] = {0x00, 0x00, 0x01, 0xBA, 0x44};
+//   CAppBits bits(packet, sizeof packet);
 //   int startCode = bits.GetBits(32, cbits_get);    // 0x000001BA
 //   bits.FlushBits(2);  int scr = bits.GetBits(3, cbits_get);
 #pragma once

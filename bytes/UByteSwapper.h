@@ -2,8 +2,8 @@
 // byte-swap instruction each). "Long" here is 32 bits on every host.
 //
 //   uint32_t v = UByteSwapper::SwapLong(0x12345678);   // 0x78563412
-//   UByteSwapper::Swap(&sample);                       // a 16-bit value in place
-//   UByteSwapper::SwapShort(samples, byteCount);       // every 16-bit pair
+//   short sample = 0x0102;
+//   UByteSwapper::Swap(&sample);                       // 0x0201, in place
 #pragma once
 
 #include <cstdint>

@@ -2,9 +2,10 @@
 // cursor. Get operations move the cursor, View operations leave it, Add
 // operations put it on the new node.
 //
-//   CVoidList list;  list.AddList(a);  list.AddList(b);
-//   for (void* e = list.GetHead(); e; e = list.GetNext()) { ... }
-//   list.DeleteList(a);             // the list never frees its elements
+//   int a = 1, b = 2;
+//   CVoidList list;  list.AddList(&a);  list.AddList(&b);
+//   for (void* e = list.GetHead(); e; e = list.GetNext()) std::printf("%d\n", *static_cast<int*>(e));
+//   list.DeleteList(&a);             // the list never frees its elements
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

@@ -3,7 +3,7 @@
 //
 //   LArray a(sizeof(int32_t));                      // 4-byte items, none yet
 //   int32_t x = 7;  a.InsertItemsAt(1, kLastIndex, &x, 0);   // appends
-//   if (a.FetchItemAt(1, &x)) { ... }
+//   if (a.FetchItemAt(1, &x)) std::printf("first: %d\n", x);
 #pragma once
 
 #include <atomic>

@@ -1,6 +1,8 @@
 // LArrayIterator.h: walks an LArray forward or backward and stays correct
 // while items are inserted or removed, also from inside the walk.
 //
+//   LArray array(sizeof(int32_t));
+//   for (int32_t v : {3, -1, 4}) array.InsertItemsAt(1, kLastIndex, &v, 0);
 //   LArrayIterator it(array, kIterBeforeFirst);
 //   int32_t x;
 //   while (it.Next(&x)) { if (x < 0) array.RemoveItemsAt(1, it.GetCurrentIndex()); }

@@ -1,9 +1,15 @@
 // LComparator.h: the objects through which an LArray orders and searches its
 // items. A comparison result counts by its sign only.
 //
-//   class ByName : public LComparator { long Compare(...) const override; };
-//   LArray names(sizeof(Person), new ByName, true);   // the array owns it
-//   long i = names.FetchIndexOf(&someone);
+//   struct Person { char name[32]; int age; };
+//   class ByAge : public LComparator {
+//     long Compare(const void* a, const void* b, unsigned long, unsigned long) const override {
+//       return static_cast<const Person*>(a)->age - static_cast<const Person*>(b)->age;
+//     }
+//   };
+//   LArray people(sizeof(Person), new ByAge, true);     // sorted; the array owns the comparator
+//   Person someone{"Ann", 41};  people.InsertItemsAt(1, kLastIndex, &someone, 0);
+//   long i = people.FetchIndexOf(&someone);              // 1
 #pragma once
 
 #include <cstdint>

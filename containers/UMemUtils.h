@@ -1,9 +1,12 @@
 // UMemUtils.h: block copy, clear and fill; raw block comparison; conversions
 // between decimal text and 64-bit integers.
 //
-//   UMemUtils::memcpy(dest, source, 300);          // forward copy of 300 bytes
-//   long order = BlockCompare(a, b, sizeA, sizeB);  // <0, 0 or >0, shorter is less
-//   char* text = ToString10(value);  /* ... */  ::operator delete(text);
+//   char source[300] = "menu", dest[300];
+//   UMemUtils::memcpy(dest, source, 300);            // forward copy of 300 bytes
+//   long order = BlockCompare("ab", "abc", 2, 3);    // <0: equal up to the shorter, shorter is less
+//   long long bytes = 4700000000LL;
+//   char* text = ToString10(bytes);                  // "4700000000"
+//   ::operator delete(text);
 #pragma once
 
 #include <cstdint>

@@ -7,8 +7,9 @@
 // used at once. Nothing is cached: every call builds its path anew.
 //
 //   MString data = CBrevanderDirectories::GetSupportDataDirectory();   // "/opt/tool/bin/Data/"
-//   MString cache = CBrevanderDirectories::GetEncodedDataDirectory(path);
-//   //   "/work/Film.dat" gives "/work/Film Cache/Encoded Files/"
+//   MString document(u"/work/Film.dat"_u16);
+//   MString cache = CBrevanderDirectories::GetEncodedDataDirectory(document);
+//   //   gives "/work/Film Cache/Encoded Files/"
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

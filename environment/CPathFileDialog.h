@@ -3,10 +3,11 @@
 // chooser moves to the folder remembered for it, and the folder left is
 // remembered for the type left. The folders last for one DoModal.
 //
-//   CPathFileDialog dialog(true, nullptr, u"/media/*.vob"_u16, kFileChooserExplorer,
-//                          u"Video|*.vob|Audio|*.ac3|"_u16, nullptr);
-//   dialog.SetInitialPath(2, u"/media/audio/"_u16);
-//   if (dialog.DoModal() == CPathFileDialog::kIdOk) Open(dialog.GetPathName());
+//   MString name(u"/media/*.vob"_u16), filters(u"Video|*.vob|Audio|*.ac3|"_u16);
+//   CPathFileDialog dialog(true, nullptr, name, vbu::kFileChooserExplorer, filters, nullptr);
+//   MString audio(u"/media/audio/"_u16);
+//   dialog.SetInitialPath(2, audio);
+//   if (dialog.DoModal() == CPathFileDialog::kIdOk) MString chosen = dialog.GetPathName();
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

@@ -2,7 +2,8 @@
 // path, or a file name that the system's loader searches for.
 //
 //   CSharedLibrary plugin(u"/opt/tool/plugins/libmux.so"_u16);
-//   auto start = reinterpret_cast<int (*)(int)>(plugin.LoadFunction("MuxStart"));
+//   using MuxStart = int (*)(int);
+//   auto start = reinterpret_cast<MuxStart>(reinterpret_cast<void*>(plugin.LoadFunction("MuxStart")));
 //   if (start) start(3);
 #pragma once
 

@@ -7,7 +7,7 @@
 //   CVersionControl version;                       // gVersionControl == &version
 //   version.SetEdition(kVantoroStandardID);
 //   version.SetSupportWebConnection(true);
-//   if (version.IsSupportWebConnection()) ...      // and the settings file agrees
+//   bool online = version.IsSupportWebConnection();   // and the settings file agrees
 #pragma once
 
 #include <cstdint>

@@ -6,7 +6,7 @@
 //
 //   MFileDialogWin dialog;
 //   dialog.AddFilters(true, false, true);            // audio and video types
-//   if (dialog.Execute()) Open(dialog.GetFileSpec().GetFilePath());
+//   if (dialog.Execute()) MString chosen = dialog.GetFileSpec().GetFilePath();
 //
 //   MFileSaveDialogWin save;                         // "clip" with "*.mps" saves as "clip.mps"
 #pragma once

@@ -3,9 +3,12 @@
 // current one while an overlapped read fills the other. A read that reaches
 // back in front of the current block is served by a separate, synchronous read.
 //
-//   AsyncReadBuffer ahead;                      // file: open in file_overlapped_read
+//   MFileUniv file;
+//   file.FOpen(u"/media/title.vob"_u16, MFile::file_overlapped_read);
+//   AsyncReadBuffer ahead;
 //   ahead.InitReadBuffer(&file, 0, 4 << 20, 0);
-//   for (long long at = 0; int got = ahead.ReadBuffer(at, piece, 2048); at += got) { if (got < 0) break; ... }
+//   char piece[2048];
+//   for (long long at = 0; int got = ahead.ReadBuffer(at, piece, sizeof piece); at += got) { if (got < 0) break; }
 #pragma once
 
 #include <cstdint>

@@ -6,9 +6,11 @@
 // second time (through a symbolic link) is not walked again, so a cycle of
 // links ends.
 //
-//   CFileQuery files(u"/media/in"_u16);
+//   MString folder(u"/media/in"_u16);
+//   CFileQuery files(folder);
 //   for (unsigned long i = 1; i <= files.GetCount(); ++i) {
-//     MString* path = nullptr;  files.FetchItemAt(i, &path);  ...
+//     MString* path = nullptr;
+//     if (files.FetchItemAt(i, &path)) std::printf("%s\n", UStringUtils::TtoA(*path));
 //   }
 #pragma once
 

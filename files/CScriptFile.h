@@ -7,11 +7,15 @@
 // shows as -1. The file opened by OpenForParse is a working file: it is
 // removed when the object is destroyed.
 //
-//   class CMyScript : public CScriptFile { ... };
+//   class CMyScript : public CScriptFile {
+//    public:
+//     // "key=value" lines: the keys, one by one.
+//     bool NextKey(MString* key) { return SkipWhiteSpaceAndChar(0) == 1 && GetString(key, '=') == 1; }
+//   };
 //   CMyScript script;
-//   if (script.OpenForParse(path)) {
-//     MString word;
-//     while (script.SkipWhiteSpaceAndChar(0) == 1 && script.GetString(&word, '=') == 1) ...
+//   if (script.OpenForParse(u"/media/menu.txt"_u16)) {
+//     MString key;
+//     while (script.NextKey(&key)) std::printf("%s\n", UStringUtils::TtoA(key));
 //   }
 #pragma once
 

@@ -2,9 +2,12 @@
 // joins whole files end to end into one destination through two buffers,
 // each source padded with zeros to a whole number of sectors.
 //
-//   dest.FOpen(path, MFile::file_overlapped_create);
+//   MFileUniv dest;
+//   dest.FOpen(u"/media/title.vob"_u16, MFile::file_overlapped_create);
 //   dest.ConcatInitialize(2048, 0);
-//   for (...) dest.ConcatFile(source, 0, cancelled, 0);   // see MFileUniv.h
+//   bool cancelled = false;
+//   MString source(u"/media/part1.vob"_u16);
+//   dest.ConcatFile(source, 0, cancelled, 0);   // see MFileUniv.h
 #pragma once
 
 #include <cstdint>

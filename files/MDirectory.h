@@ -5,7 +5,7 @@
 // everything in it.
 //
 //   MDirectory out(u"/media/out"_u16);
-//   if (MDirectory::CheckDirectory(out) && out.GetDiskFreeSpaceW() > 4700000) ...
+//   if (MDirectory::CheckDirectory(out) && out.GetDiskFreeSpaceW() > 4700000) std::printf("room for a disc\n");
 //   DeleteDirectory(u"/media/out/work"_u16);   // 0, or -1 with the user told
 #pragma once
 

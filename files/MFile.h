@@ -4,7 +4,8 @@
 // Every operation that this base does not implement fails.
 //
 //   MFile* file = new MFileUniv;
-//   if (file->FOpen(path, MFile::file_read_binary) == 0) { file->FRead(buffer, 2048); file->FClose(); }
+//   char buffer[2048];
+//   if (file->FOpen(u"/media/menu.vob"_u16, MFile::file_read_binary) == 0) { file->FRead(buffer, 2048); file->FClose(); }
 //   delete file;
 #pragma once
 

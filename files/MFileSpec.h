@@ -4,7 +4,9 @@
 //
 //   MFileSpecWin spec(u"/media/out/title.vob"_u16);
 //   MFileSpecWin temp;
-//   if (MFileSpecWin::CreateUniqueFileSpec(spec, u".tmp"_u16, &temp)) ...   // title.tmp, title_1.tmp, ...
+//   if (MFileSpecWin::CreateUniqueFileSpec(spec, u".tmp"_u16, &temp)) {   // title.tmp, title_1.tmp, ...
+//     MString path = temp.GetFilePath();
+//   }
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

@@ -2,11 +2,13 @@
 // and overlapped transfers. The concatenation engine is in MFileUnivConcat.cpp.
 #include "files/MFileUniv.h"
 
+#include <cstring>
 #include <memory>
 #include <new>
 
 #include "messaging/CMessageAction.h"
 #include "platform/internal/AsyncIO.h"
+#include "platform/internal/CodePage.h"
 #include "platform/internal/Errors.h"
 #include "platform/internal/File.h"
 #include "platform/internal/FileSystem.h"
@@ -226,12 +228,13 @@ int MFileUniv::FGetts(unsigned short* buffer, int count) {
   if (!buffer || count <= 0 || count > 0x3FFFFFFF) return -1;
   std::unique_ptr<char[]> bytes(new (std::nothrow) char[static_cast<std::size_t>(count) * 2 + 1]);
   if (!bytes || vp::ReportError(vp::StreamGets(mStream, bytes.get(), count * 2)) != 0) return -1;
-  MString line;
-  line.ImportASCII(bytes.get(), -1);
   // At most one unit for each byte read: the line fits the 2 * count units.
-  const unsigned short* units = line;
-  int length = line.GetLength();
-  for (int i = 0; i <= length; ++i) buffer[i] = units[i];
+  // A line that cannot be converted fails, never reads as an empty one.
+  std::size_t length = std::strlen(bytes.get());
+  uint32_t error = 0;
+  long units = length ? vp::BytesToUnits(bytes.get(), length, buffer, length, vp::CodePage::kSystem, &error) : 0;
+  if (units < 0) return vp::ReportError(error != 0 ? error : vp::kErrorInvalidArgument);
+  buffer[units] = 0;
   return 0;
 }
 

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "files/PathTails.h"
+#include "platform/internal/Errors.h"
 #include "platform/internal/FileSystem.h"
 #include "platform/internal/WideText.h"
 #include "platform/internal/Directory.h"
@@ -49,11 +50,18 @@ bool StartsWithHeader(const unsigned short* line) {
   return vbu::wtext::CompareN(line, MFiles::kInfoHeader, kHeaderCompared) == 0;
 }
 
-// Reads the first line of an open file: true when it is the info header.
-bool ReadHeader(MFileUniv& reader) {
+// True when the last FGetts of a reader stopped at the end of its file,
+// not at a failure.
+bool EndedAtTheEnd() { return GetLastError() == kErrorHandleEof; }
+
+// Reads the first line of an open file: 1 when it is the info header, 0 when
+// it is not (an empty file included), -1 when it cannot be read: a header
+// that cannot be read must not make the info file pass for the data.
+int ReadHeader(MFileUniv& reader) {
   // FGetts takes at most 2 * count - 1 bytes into 2 * count units.
   unsigned short line[2 * kHeaderCompared];
-  return reader.FGetts(line, kHeaderCompared) == 0 && StartsWithHeader(line);
+  if (reader.FGetts(line, kHeaderCompared) != 0) return EndedAtTheEnd() ? 0 : -1;
+  return StartsWithHeader(line) ? 1 : 0;
 }
 
 // Writes a whole info file: the header and one line for each path. 0 or -1.
@@ -84,6 +92,14 @@ int MakeFile(const unsigned short* path, long long length) {
   if (file.FOpen(path, MFile::file_create_binary) != 0) return -1;
   bool ok = length == 0 || (file.FSeek64(length, MFile::file_seek_begin) == length && file.FSetEndOfFile() == 0);
   return file.FClose() == 0 && ok ? 0 : -1;
+}
+
+// Places the open segment's position at `offset`, having made the segment
+// that long first if `grow`. The overlapped route keeps no position (every
+// transfer names its offset), so there only the size is set.
+bool PlaceInSegment(MFileUniv& file, long long offset, bool grow) {
+  if (file.IsOverlapped()) return !grow || file.FSetFileSize(offset) == 0;
+  return file.FSeek64(offset, MFile::file_seek_begin) == offset && (!grow || file.FSetEndOfFile() == 0);
 }
 
 long long SizeOf(const unsigned short* path) {
@@ -180,7 +196,9 @@ int MFiles::FOpen(file_open_t mode) {
     append(spec.GetFilePath());
   } else {
     if (reader.FOpen(spec, file_read_text) != 0) return -1;
-    if (!ReadHeader(reader)) {
+    int header = ReadHeader(reader);
+    if (header < 0) return -1;
+    if (header == 0) {
       append(spec.GetFilePath());
     } else {
       mInfoSpec = spec;
@@ -200,6 +218,8 @@ int MFiles::FOpen(file_open_t mode) {
         if (path.GetLength() > kMaxPathLength || static_cast<int>(found.GetCount()) >= kMaxSegments) return -1;
         append(path);
       }
+      // A list cut short by a failure would open as a shorter file.
+      if (!EndedAtTheEnd()) return -1;
     }
     reader.FClose();
   }
@@ -342,21 +362,18 @@ long long MFiles::FSeek64(long long offset, file_seek_t origin) {
     if (size < 0) return -1;
     if (offset <= base + size) {
       if (mCurrentIndex != i && OpenSegment(i, ReopenMode()) != 0) return -1;
-      return mCurrentFile.FSeek64(offset - base, file_seek_begin) == offset - base ? offset : -1;
+      return PlaceInSegment(mCurrentFile, offset - base, false) ? offset : -1;
     }
     if (i < last) base += size;
   }
   // Behind the end: the last segment grows, up to the limit.
   if (mCurrentIndex != last && OpenSegment(last, ReopenMode()) != 0) return -1;
   if (offset <= base + mMaxFileSize) {
-    if (mCurrentFile.FSeek64(offset - base, file_seek_begin) != offset - base) return -1;
-    return mCurrentFile.FSetEndOfFile() == 0 ? offset : -1;
+    return PlaceInSegment(mCurrentFile, offset - base, true) ? offset : -1;
   }
   // Then whole new segments. A segment above the limit keeps its data.
   if (size < mMaxFileSize) {
-    if (mCurrentFile.FSeek64(mMaxFileSize, file_seek_begin) != mMaxFileSize || mCurrentFile.FSetEndOfFile() != 0) {
-      return -1;
-    }
+    if (!PlaceInSegment(mCurrentFile, mMaxFileSize, true)) return -1;
     size = mMaxFileSize;
   }
   if (mInfoSpec.IsNull()) {
@@ -370,7 +387,7 @@ long long MFiles::FSeek64(long long offset, file_seek_t origin) {
     remaining -= length;
   }
   if (OpenSegment(GetCount(), ReopenMode()) != 0) return -1;
-  return mCurrentFile.FSeek64(length, file_seek_begin) == length ? offset : -1;
+  return PlaceInSegment(mCurrentFile, length, false) ? offset : -1;
 }
 
 long long MFiles::FTell64() { return IsOpen() ? mCurrentFile.FTell64() : -1; }
@@ -509,7 +526,7 @@ bool MFiles::IsBrevanderMFiles(MString& path) {
   if (!vp::PathExists(path)) return false;
   MFileUniv reader;
   if (reader.FOpen(path, file_read_binary) != 0) return false;
-  bool header = ReadHeader(reader);
+  bool header = ReadHeader(reader) == 1;
   reader.FClose();
   return header;
 }

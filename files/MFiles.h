@@ -12,8 +12,9 @@
 //
 //   MFiles title;
 //   title.SetMaxFileSize(1024LL << 20);                  // 1 GiB segments
+//   char sector[2048] = {};
 //   if (title.FOpen(u"/media/title.vob"_u16, MFile::file_create_binary) == 0) {
-//     while (...) title.FWrite(sector, 2048);            // spreads over segments
+//     for (int i = 0; i < 1000000; ++i) title.FWrite(sector, 2048);   // spreads over segments
 //     title.FClose();
 //   }
 #pragma once
@@ -73,7 +74,9 @@ class VBU_API MFiles : public MFile {
   // file_seek_begin: to a logical offset, growing the file (by whole new
   // segments if needed) when it lies behind the end; gives the offset.
   // file_seek_end and file_seek_current: inside the last or the open
-  // segment; gives the position inside it. -1 on failure.
+  // segment; gives the position inside it. -1 on failure. On the overlapped
+  // route, whose transfers name their offsets, file_seek_begin makes and
+  // opens the segments and sets no position.
   long long FSeek64(long long offset, file_seek_t origin) override;
   // The position inside the open segment.
   long long FTell64() override;

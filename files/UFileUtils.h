@@ -1,6 +1,7 @@
 // UFileUtils.h: removal of the files under a folder.
 //
-//   if (!UFileUtils::DeleteDir(folder)) ...   // a subfolder, or a file in use, stays
+//   MString folder(u"/media/out/work"_u16);
+//   if (!UFileUtils::DeleteDir(folder)) std::printf("a subfolder, or a file in use, stays\n");
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

@@ -3,8 +3,10 @@
 // posts it one of three messages.
 //
 //   StBroadcasterSetup setup;                 // once, on the user-interface thread
-//   CBroadcastDispatcher::sBroadcastDispatcher->PostMessage(WM_ADDLISTENER,
-//       reinterpret_cast<uintptr_t>(broadcaster), reinterpret_cast<intptr_t>(listener));
+//   static LBroadcaster broadcaster;
+//   static LListener listener;
+//   CBroadcastDispatcher::sBroadcastDispatcher->PostMessage(WM_ADDLISTENER,   // from any thread
+//       reinterpret_cast<uintptr_t>(&broadcaster), reinterpret_cast<intptr_t>(&listener));
 #pragma once
 
 #include <cstdint>

@@ -3,9 +3,10 @@
 // broadcast whose number encodes window and kind. The host's message windows
 // (or a CMessageConsole) listen.
 //
-//   CMessageAction::GetMessageAction()->AddListener(&myMessageWindow);
-//   CMessageAction::Error(this, u16("Disc is full"), 0);   // 26000 to the default window
-//   CMessageAction::Inform(nullptr, text, 1 | 4);          // 26002, then 26022
+//   CMessageConsole console;                                  // a listener: prints them
+//   CMessageAction::GetMessageAction()->AddListener(&console);
+//   CMessageAction::Error(nullptr, u"Disc is full"_u16, 0);   // 26000 to the default window
+//   CMessageAction::Inform(nullptr, u"Done"_u16, 1 | 4);       // 26002, then 26022
 #pragma once
 
 #include <atomic>

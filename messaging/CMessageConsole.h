@@ -2,8 +2,8 @@
 // on standard output in UTF-8: "Error\t", "Warning\t" or "Info\t" and a tab,
 // then the text, then a line end.
 //
-//   CMessageConsole console;                  // listens from here on
-//   CMessageAction::Error(nullptr, text, 1);   // prints "Error\t\t<text>\n"
+//   CMessageConsole console;                               // listens from here on
+//   CMessageAction::Error(nullptr, u"Disc is full"_u16, 1);   // prints "Error\t\tDisc is full\n"
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

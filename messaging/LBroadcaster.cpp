@@ -16,35 +16,22 @@
 // need to bring that thread's walks up to date; changing the list while
 // another thread broadcasts is the callers' business to keep apart.
 
+namespace vbu::detail {
+constinit thread_local BroadcastWalk* tBroadcastWalks = nullptr;
+}  // namespace vbu::detail
+
 namespace {
 
-struct BroadcastWalk {
-  BroadcastWalk* outer;             // the thread's enclosing walk
-  const LBroadcaster* broadcaster;  // null once the broadcaster has died
-  LListener* const* items;
-  int32_t count;
-  int32_t next;  // 0-based index of the next listener to call
-};
-
-// The thread's innermost walk. Initial-exec: a plain thread-pointer access,
-// since the walk is on the hot path of every broadcast.
-thread_local BroadcastWalk* tWalks __attribute__((tls_model("initial-exec"))) = nullptr;
-
-// The broadcaster's own list: an LList whose items a walk reads in place.
-class ListenerList : public LList {
- public:
-  LListener* const* Items() const {
-    return mItemsH ? reinterpret_cast<LListener* const*>(mItemsH->Handle::GetPtr()) : nullptr;
-  }
-  int32_t Count() const { return mItemCount; }
-};
+using vbu::detail::BroadcastWalk;
+using vbu::detail::ListenerList;
+using vbu::detail::tBroadcastWalks;
 
 const ListenerList& ListOf(const LList* list) { return *static_cast<const ListenerList*>(list); }
 
 // Brings this thread's walks over `broadcaster` up to date with its list,
 // after the item at 0-based `removed` left it (-1: nothing left it).
 void UpdateWalks(const LBroadcaster* broadcaster, const LList* list, int32_t removed) {
-  for (BroadcastWalk* walk = tWalks; walk; walk = walk->outer) {
+  for (BroadcastWalk* walk = tBroadcastWalks; walk; walk = walk->outer) {
     if (walk->broadcaster != broadcaster) continue;
     if (!list) {
       walk->broadcaster = nullptr;
@@ -108,23 +95,7 @@ void LBroadcaster::RemoveListenerSelf(LListener* listener) {
   listener->RemoveBroadcaster(this);
 }
 
-void LBroadcaster::BroadcastMessageSelf(long message, void* param) {
-  if (!mListeners || !mIsBroadcasting) return;
-  const ListenerList& list = ListOf(mListeners);
-  BroadcastWalk walk{tWalks, this, list.Items(), list.Count(), 0};
-  tWalks = &walk;
-  // Unlinked however the walk ends, also when a listener throws.
-  struct Unlink {
-    BroadcastWalk& walk;
-    ~Unlink() { tWalks = walk.outer; }
-  } unlink{walk};
-  // Nothing of `this` is touched once a listener has run: the record holds
-  // what the walk needs, and the list's changes come to it.
-  while (walk.next < walk.count) {
-    LListener* listener = walk.items[walk.next++];
-    if (listener->IsListening()) listener->ListenToMessage(message, param);
-  }
-}
+void LBroadcaster::BroadcastMessageSelf(long message, void* param) { Walk(message, param); }
 
 // ---- LListener
 

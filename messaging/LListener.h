@@ -1,8 +1,10 @@
 // LListener.h: the receiving end of the message bus.
 //
 //   class Watcher : public LListener {
-//     bool ListenToMessage(long message, void* param) override { ...; return true; }
+//     bool ListenToMessage(long message, void* param) override { return message == kMsgThreadStatus; }
 //   };
+//   Watcher watcher;
+//   CThreadStatus::GetThreadStatus()->AddListener(&watcher);
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

@@ -1,8 +1,16 @@
 // LNotifier.h: a broadcaster of notifications: small fixed records that say
 // what happened and who says so, all under one message number.
 //
-//   class Clip : public LNotifier { void Trim() { ...; Notify(7130, 0, 0); } };
-//   MyResponder watcher;  clip.AddResponder(&watcher);   // watcher.Respond(7130, &clip, 0, 0)
+//   class Clip : public LNotifier {
+//    public:
+//     void Trim() { Notify(7130, 0, 0); }
+//   };
+//   class Watcher : public LResponder {
+//     bool Respond(long id, LNotifier* who, long, long) override { return id == 7130; }
+//   };
+//   Clip clip;  Watcher watcher;
+//   clip.AddResponder(&watcher);
+//   clip.Trim();                            // watcher.Respond(7130, &clip, 0, 0)
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

@@ -2,8 +2,12 @@
 // one typed operation.
 //
 //   class Watcher : public LResponder {
-//     bool Respond(long id, LNotifier* who, long arg1, long arg2) override { ...; return true; }
+//     bool Respond(long id, LNotifier* who, long arg1, long arg2) override { return id == kTimecodeChanged; }
 //   };
+//   Watcher watcher;
+//   CTimecode start;
+//   start.AddResponder(&watcher);
+//   start.SetSecond(10);                    // watcher hears kTimecodeChanged
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

@@ -1,8 +1,10 @@
 // StGlobalLock.h: scope guards over the library's one process-wide lock and
 // over any lock of the host's.
 //
-//   { StGlobalLock hold;  ...shared state of the host... }     // waits, then holds
-//   CCriticalSection mine;  { StSingleLock hold(&mine);  ... }
+//   static int sharedCount = 0;
+//   { StGlobalLock hold;  ++sharedCount; }            // waits, then holds for the scope
+//   CCriticalSection mine;
+//   { StSingleLock hold(&mine);  ++sharedCount; }
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

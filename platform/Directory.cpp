@@ -20,31 +20,33 @@ namespace vbu::platform {
 
 uint32_t RenamePath(const unsigned short* from, const unsigned short* to) {
   PathBytes source(from), target(to);
-  if (!source.Ok() || !target.Ok()) return kErrorNoFile;
+  if (!source.Ok()) return source.Error();
+  if (!target.Ok()) return target.Error();
   return os::Rename(source.Get(), target.Get());
 }
 
 uint32_t LinkPath(const unsigned short* existing, const unsigned short* name) {
   PathBytes source(existing), target(name);
-  if (!source.Ok() || !target.Ok()) return kErrorNoFile;
+  if (!source.Ok()) return source.Error();
+  if (!target.Ok()) return target.Error();
   return os::Link(source.Get(), target.Get());
 }
 
 uint32_t ChangeDirectory(const unsigned short* path) {
   PathBytes bytes(path);
-  if (!bytes.Ok()) return kErrorNoFile;
+  if (!bytes.Ok()) return bytes.Error();
   return os::ChangeDirectory(bytes.Get());
 }
 
 uint32_t RemoveFolder(const unsigned short* path) {
   PathBytes bytes(path);
-  if (!bytes.Ok()) return kErrorNoFile;
+  if (!bytes.Ok()) return bytes.Error();
   return os::RemoveFolder(bytes.Get());
 }
 
 uint32_t InspectPath(const unsigned short* path, PathKind* out) {
   PathBytes bytes(path);
-  if (!bytes.Ok()) return kErrorNoFile;
+  if (!bytes.Ok()) return bytes.Error();
   if (!out) return kErrorInvalidArgument;
   return os::InspectPath(bytes.Get(), out);
 }
@@ -53,7 +55,7 @@ bool IsNotFound(uint32_t code) { return code == kErrorNoFile || code == os::kErr
 
 FolderEntries::FolderEntries(const unsigned short* path) {
   PathBytes bytes(path);
-  mError = bytes.Ok() ? os::OpenFolder(bytes.Get(), &mFolder) : kErrorNoFile;
+  mError = bytes.Ok() ? os::OpenFolder(bytes.Get(), &mFolder) : bytes.Error();
 }
 
 FolderEntries::~FolderEntries() {

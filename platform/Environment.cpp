@@ -43,7 +43,7 @@ std::u16string UserHomeFolder() {
 
 uint32_t MakeFolder(const char16_t* path) {
   PathBytes name(path ? AsUnits(path) : nullptr);
-  if (!name.Ok()) return kErrorNoFile;
+  if (!name.Ok()) return name.Error();
   return os::MakeFolder(name.Get());
 }
 

@@ -4,8 +4,9 @@
 // are due on the waiting thread.
 //
 //   MEvent done;
-//   std::thread worker([&] { work(); done.Set(); });
-//   if (done.Wait(5000) == kWaitTimeout) { ... }   // at most five seconds
+//   std::thread worker([&] { done.Set(); });
+//   if (done.Wait(5000) == kWaitTimeout) std::printf("still busy\n");   // at most five seconds
+//   worker.join();
 #pragma once
 
 #include <atomic>

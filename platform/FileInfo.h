@@ -1,8 +1,10 @@
 // FileInfo.h: the library's file information record, as the file classes
 // give it (MFile::FStat).
 //
+//   MFileUniv file;
+//   file.FOpen(u"/media/title.vob"_u16, MFile::file_read_binary);
 //   _stati64 info;
-//   if (file.FStat(&info) == 0) bytes = info.st_size;
+//   long long bytes = file.FStat(&info) == 0 ? info.st_size : -1;
 #pragma once
 
 #include <cstdint>

@@ -3,7 +3,9 @@
 // hook that shows the text in its own dialog; without a hook the text goes
 // to standard error, one line per message.
 //
-//   vbu::SetMessageBoxHook([](const unsigned short* text, void* app) { static_cast<App*>(app)->Alert(text); }, &app);
+//   struct App { void Alert(const unsigned short* text) { std::printf("%s\n", UStringUtils::TtoA(const_cast<unsigned short*>(text))); } };
+//   static App app;
+//   vbu::SetMessageBoxHook([](const unsigned short* text, void* host) { static_cast<App*>(host)->Alert(text); }, &app);
 //   vbu::ShowMessageBox(u"Folder( /media/cdrom ) is a read-only drive."_u16);
 #pragma once
 

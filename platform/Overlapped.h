@@ -3,8 +3,11 @@
 // error codes that the file classes give, with the thread's last error, and
 // the choice of the route that moves the data.
 //
+//   MFileUniv file;
+//   file.FOpen(u"/media/title.vob"_u16, MFile::file_overlapped_read);
+//   alignas(4096) static char buffer[4096];
 //   MEvent done;  OVERLAPPED record;
-//   if (file.FReadOverlapped(offset, buffer, 4096, &record, &done) == 0)
+//   if (file.FReadOverlapped(0, buffer, 4096, &record, &done) == 0)
 //     file.FWaitOverlappedCompletion(&done, 120);   // 0: the read has ended
 #pragma once
 

@@ -121,21 +121,24 @@ std::u16string Trimmed(const char16_t* name) {
   return text.substr(first, text.find_last_not_of(u" \t") - first + 1);
 }
 
-bool NameIs(const std::string& text, const Line& line, const std::u16string& name) {
-  std::u16string own = FromSystemBytes(text.data() + line.nameBegin, line.nameEnd - line.nameBegin);
-  return wtext::CompareNoCase(AsUnits(own.c_str()), AsUnits(name.c_str())) == 0;
+// The conversions below note a failure in `*error` (0 until one fails): a
+// name that cannot be read must not pass for another name, nor a value for
+// an empty one, or a write would add a second key or section.
+bool NameIs(const std::string& text, const Line& line, const std::u16string& name, uint32_t* error) {
+  std::u16string own = FromSystemBytes(text.data() + line.nameBegin, line.nameEnd - line.nameBegin, error);
+  return *error == 0 && wtext::CompareNoCase(AsUnits(own.c_str()), AsUnits(name.c_str())) == 0;
 }
 
-std::u16string ValueOf(const std::string& text, const Line& line) {
-  return FromSystemBytes(text.data() + line.valueBegin, line.valueEnd - line.valueBegin);
+std::u16string ValueOf(const std::string& text, const Line& line, uint32_t* error) {
+  return FromSystemBytes(text.data() + line.valueBegin, line.valueEnd - line.valueBegin, error);
 }
 
 // The lines of the first section named `section`: [*first, *last) with the
-// header at *first; false when there is none.
+// header at *first; false when there is none (or a name could not be read).
 bool FindSection(const std::string& text, const std::vector<Line>& lines, const std::u16string& section,
-                 std::size_t* first, std::size_t* last) {
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    if (lines[i].kind != Line::kSection || !NameIs(text, lines[i], section)) continue;
+                 std::size_t* first, std::size_t* last, uint32_t* error) {
+  for (std::size_t i = 0; i < lines.size() && *error == 0; ++i) {
+    if (lines[i].kind != Line::kSection || !NameIs(text, lines[i], section, error)) continue;
     std::size_t j = i + 1;
     while (j < lines.size() && lines[j].kind != Line::kSection) ++j;
     *first = i;
@@ -147,9 +150,9 @@ bool FindSection(const std::string& text, const std::vector<Line>& lines, const 
 
 // The first line of [first, last) that holds `key`, or `last`.
 std::size_t FindKey(const std::string& text, const std::vector<Line>& lines, std::size_t first, std::size_t last,
-                    const std::u16string& key) {
-  for (std::size_t i = first; i < last; ++i) {
-    if (lines[i].kind == Line::kKey && NameIs(text, lines[i], key)) return i;
+                    const std::u16string& key, uint32_t* error) {
+  for (std::size_t i = first; i < last && *error == 0; ++i) {
+    if (lines[i].kind == Line::kKey && NameIs(text, lines[i], key, error)) return i;
   }
   return last;
 }
@@ -161,13 +164,14 @@ bool HasLineBreak(const char16_t* text) {
   return false;
 }
 
-// Where a line is to follow `line`: at its end, which gets a line end first if it has none.
+// Where a line is to follow `line`: at its end, which gets a line end first
+// if it has none. An unended last line may stop at a CR of its own, which
+// then needs only the LF (another CR would become part of its value).
 std::size_t EndLine(std::string* text, const Line& line) {
-  if (line.end == line.textEnd) {
-    text->insert(line.end, "\r\n");
-    return line.end + 2;
-  }
-  return line.end;
+  if (line.end > line.begin && (*text)[line.end - 1] == '\n') return line.end;
+  const char* ending = line.end > line.textEnd ? "\n" : "\r\n";
+  text->insert(line.end, ending);
+  return line.end + std::char_traits<char>::length(ending);
 }
 
 std::mutex& WriteGuard() {
@@ -202,18 +206,31 @@ bool FindSetting(const std::string& text, const char16_t* section, const char16_
   if (!section || !key) return false;
   std::vector<Line> lines = ParseLines(text);
   std::size_t first, last;
-  if (!FindSection(text, lines, Trimmed(section), &first, &last)) return false;
-  std::size_t at = FindKey(text, lines, first + 1, last, Trimmed(key));
-  if (at == last) return false;
-  if (value) *value = ValueOf(text, lines[at]);
+  uint32_t error = 0;
+  if (!FindSection(text, lines, Trimmed(section), &first, &last, &error)) return false;
+  std::size_t at = FindKey(text, lines, first + 1, last, Trimmed(key), &error);
+  if (at == last || error != 0) return false;
+  std::u16string found = ValueOf(text, lines[at], &error);
+  if (error != 0) return false;
+  if (value) *value = found;
   return true;
 }
 
-bool ApplySetting(std::string* text, const char16_t* section, const char16_t* key, const char16_t* value) {
+bool ApplySetting(std::string* text, const char16_t* section, const char16_t* key, const char16_t* value,
+                  uint32_t* failure) {
+  uint32_t ignored = 0;
+  uint32_t* error = failure ? failure : &ignored;
+  *error = 0;
   if (!section) return false;
+  // The bytes of what may be written, first: a failure changes nothing.
+  const std::string sectionBytes = ToSystemBytes(section, error);
+  const std::string keyBytes = ToSystemBytes(key, error);
+  const std::string valueBytes = ToSystemBytes(value, error);
+  if (*error != 0) return false;
   std::vector<Line> lines = ParseLines(*text);
   std::size_t first, last;
-  bool found = FindSection(*text, lines, Trimmed(section), &first, &last);
+  bool found = FindSection(*text, lines, Trimmed(section), &first, &last, error);
+  if (*error != 0) return false;
   if (!key) {
     if (!found) return false;
     std::size_t end = last < lines.size() ? lines[last].begin : text->size();
@@ -224,19 +241,20 @@ bool ApplySetting(std::string* text, const char16_t* section, const char16_t* ke
     if (!value) return false;
     // A new section goes at the end, right after the last line.
     if (!lines.empty()) EndLine(text, lines.back());
-    text->append("[" + ToSystemBytes(section) + "]\r\n" + ToSystemBytes(key) + "=" + ToSystemBytes(value) + "\r\n");
+    text->append("[" + sectionBytes + "]\r\n" + keyBytes + "=" + valueBytes + "\r\n");
     return true;
   }
-  std::size_t at = FindKey(*text, lines, first + 1, last, Trimmed(key));
+  std::size_t at = FindKey(*text, lines, first + 1, last, Trimmed(key), error);
+  if (*error != 0) return false;
   if (at != last) {
     const Line& line = lines[at];
     if (!value) {
       text->erase(line.begin, line.end - line.begin);
       return true;
     }
-    if (ValueOf(*text, line) == value) return false;
+    if (ValueOf(*text, line, error) == value || *error != 0) return false;
     // The line keeps its spelling of the name, up to where its value starts.
-    text->replace(line.valueStart, line.end - line.valueStart, ToSystemBytes(value) + "\r\n");
+    text->replace(line.valueStart, line.end - line.valueStart, valueBytes + "\r\n");
     return true;
   }
   if (!value) return false;
@@ -246,7 +264,7 @@ bool ApplySetting(std::string* text, const char16_t* section, const char16_t* ke
   for (std::size_t i = first + 1; i < last; ++i) {
     if (lines[i].kind == Line::kKey || lines[i].kind == Line::kOther) after = i;
   }
-  text->insert(EndLine(text, lines[after]), ToSystemBytes(key) + "=" + ToSystemBytes(value) + "\r\n");
+  text->insert(EndLine(text, lines[after]), keyBytes + "=" + valueBytes + "\r\n");
   return true;
 }
 
@@ -267,7 +285,7 @@ int ReadSettingInt(const char16_t* path, const char16_t* section, const char16_t
 
 uint32_t WriteSetting(const char16_t* path, const char16_t* section, const char16_t* key, const char16_t* value) {
   PathBytes file(path ? AsUnits(path) : nullptr);
-  if (!file.Ok()) return kErrorNoFile;
+  if (!file.Ok()) return file.Error();
   // A line break in a name or value would write lines that read back as something else.
   if (!section || HasLineBreak(section) || HasLineBreak(key) || HasLineBreak(value)) return kErrorInvalidArgument;
   std::lock_guard<std::mutex> lock(WriteGuard());
@@ -278,7 +296,7 @@ uint32_t WriteSetting(const char16_t* path, const char16_t* section, const char1
   } else if (error != 0) {
     return error;
   }
-  if (!ApplySetting(&text, section, key, value)) return 0;
+  if (!ApplySetting(&text, section, key, value, &error)) return error;
   return os::ReplaceFile(file.Get(), text);
 }
 

@@ -3,7 +3,7 @@
 //
 //   CCriticalSection section;
 //   CSingleLock lock(&section, true);   // locked until the end of the scope
-//   if (lock.IsLocked()) { ... }
+//   if (lock.IsLocked()) std::printf("held\n");
 #pragma once
 
 #include <condition_variable>

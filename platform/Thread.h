@@ -3,9 +3,11 @@
 // ExitInstance). It can start held back before its first instruction, with
 // its id known at once, and be held and let go again from outside.
 //
-//   MThread* worker = BeginThread(&Work, job, true);   // held back; id known
-//   remember(worker->GetThreadId());
-//   worker->ResumeThread();                            // Work(job) runs now
+//   static int job = 0;
+//   auto work = [](void* data) -> unsigned int { return static_cast<unsigned int>(++*static_cast<int*>(data)); };
+//   MThread* worker = BeginThread(work, &job, true);   // held back; id known
+//   unsigned long id = worker->GetThreadId();
+//   worker->ResumeThread();                             // work(&job) runs now
 //
 // By default the thread object deletes itself when its function (or loop)
 // returns, so a caller must not touch it after that.

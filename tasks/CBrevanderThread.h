@@ -4,9 +4,9 @@
 //
 //   class Joiner : public CBrevanderThread {
 //    public:
-//     Joiner() { SetWorkerThread(true); mSingleRun = true; mHasProgress = true; }
-//     void RunSelf() override { while (ShouldStart() && more()) { step(); SetPos(GetPos() + 1); } }
-//     void PostPlay() override { ...on the user-interface thread... }
+//     Joiner() { SetWorkerThread(true); mSingleRun = true; mHasProgress = true; SetRange(100); }
+//     void RunSelf() override { while (ShouldStart() && GetPos() < GetRange()) SetPos(GetPos() + 1); }
+//     void PostPlay() override { /* on the user-interface thread */ }
 //   };
 //   (new Joiner)->Execute();   // on the user-interface thread; the task deletes itself
 //

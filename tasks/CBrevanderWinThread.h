@@ -2,16 +2,18 @@
 // of its own, which can post to itself and be told to stop. The library
 // starts none: the host derives a class and starts it.
 //
+//   constexpr unsigned int kEncodeNext = 0x8001;
 //   class Encoder : public CBrevanderWinThread {
 //    protected:
 //     bool OnThreadMessage(unsigned int m, uintptr_t w, intptr_t l) override {
-//       if (m == kEncodeNext) { encodeOne(); SelfMessage(kEncodeNext, 0, 0); return true; }
+//       if (m == kEncodeNext) { ++mFrames; return true; }
 //       return CBrevanderWinThread::OnThreadMessage(m, w, l);
 //     }
+//     int mFrames = 0;
 //   };
 //   auto* encoder = new Encoder;  encoder->CreateThread();   // deletes itself when its loop ends
 //   encoder->SelfMessage(kEncodeNext, 0, 0);                  // from any thread
-//   encoder->Quit();                                         // queued messages run first
+//   encoder->Quit();                                          // queued messages run first
 #pragma once
 
 #include <atomic>

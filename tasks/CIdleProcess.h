@@ -3,7 +3,7 @@
 // forgets it; the host's idle handler runs every pending one, once.
 //
 //   class RefreshTitles : public CIdleProcess {
-//     void ExecuteSelf() override { ...redraw the title list... }
+//     void ExecuteSelf() override { std::printf("redraw the title list\n"); }
 //   };
 //   new RefreshTitles;             // enters gIdleProcesses
 //   gIdleProcesses.ExecuteAll();   // in the host's idle handler: runs it, deletes it

@@ -1,11 +1,18 @@
 // COperation.h: one reversible action of the undo history (COperationList).
 //
 //   class Rename : public COperation {
-//     bool ExecuteSelf() override { return clip->SetName(newName); }
-//     bool UndoSelf() override { return clip->SetName(oldName); }
+//    public:
+//     Rename(MString* name, const unsigned short* to) : mName(name), mOld(*name), mNew(to) {}
+//     bool ExecuteSelf() override { *mName = mNew; return true; }
+//     bool UndoSelf() override { *mName = mOld; return true; }
+//    private:
+//     MString* mName;
+//     MString mOld, mNew;
 //   };
-//   (new Rename(clip, name))->Execute();   // done, and on the history
-//   COperationList::Undo();
+//   COperationList history;
+//   static MString clipName(u"Clip 1"_u16);
+//   (new Rename(&clipName, u"Intro"_u16))->Execute();   // done, and on the history
+//   COperationList::Undo();                               // "Clip 1" again
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

@@ -3,7 +3,7 @@
 // makes one if it wants undo; the last one made is the current one.
 //
 //   COperationList history;                  // becomes current
-//   (new Rename(clip, u"Intro"_u16))->Execute();
+//   // (new Rename(clip, u"Intro"_u16))->Execute();   see COperation.h
 //   if (COperationList::CanUndo()) COperationList::Undo();
 //   COperationList::Redo();
 #pragma once

@@ -4,8 +4,10 @@
 // way) and keeps the one scheduling rule: of the single-run tasks, at most
 // one of each class runs at a time, and the others wait in order of arrival.
 //
+//   static LListener myTaskWindow;
 //   CThreadAction::GetThreadAction()->AddListener(&myTaskWindow);   // hears 29000 and 29001
-//   if (CThreadAction::GetThreadAction()->IsThreadTypeRunning(kBurnTask)) ...
+//   constexpr long kBurnTask = 7;                                   // the host's numbering
+//   if (CThreadAction::GetThreadAction()->IsThreadTypeRunning(kBurnTask)) std::printf("burning\n");
 #pragma once
 
 #include <VantoroBasicUtils/containers/LArray.h>

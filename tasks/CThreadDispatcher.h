@@ -5,12 +5,13 @@
 // wants delivered on the user-interface thread.
 //
 //   CThreadDispatcher::GetThreadDispatcher();   // once at start-up, on the user-interface thread
-//   ...the host's event loop calls MThreadQueue::PumpMessages() when woken...
+//   MThreadQueue::PumpMessages();               // from the host's event loop, when woken
 //   CThreadDispatcher::DeleteAll();             // at shutdown
 //
-//   // From a listener on a worker: deliver `message` to `window` on the user-interface thread.
-//   auto* request = new ListenerRequest{&window, kMyMessage, copyOfTheRecord};   // window's handler frees it
-//   CThreadDispatcher::GetThreadDispatcher()->PostMessage(WM_THREADBROADCAST, 0, reinterpret_cast<intptr_t>(request));
+//   // From a listener on a worker: deliver a message to a listener on the user-interface thread.
+//   static LListener window;
+//   static ListenerRequest request{&window, 70001, nullptr};   // kept alive until handled
+//   CThreadDispatcher::GetThreadDispatcher()->PostMessage(WM_THREADBROADCAST, 0, reinterpret_cast<intptr_t>(&request));
 #pragma once
 
 #include <cstdint>

@@ -3,9 +3,10 @@
 // synchronous broadcast of a ThreadStatusRecord, stamped with the id of the
 // calling thread, to the listeners (the host's progress display).
 //
+//   static LListener myProgressBar;
 //   CThreadStatus::GetThreadStatus()->AddListener(&myProgressBar);   // before workers start
 //   CThreadStatus::Status(0, 100, u"Joining titles"_u16);
-//   CThreadStatus::AdvancePosition(3);                                // the listener adds 3
+//   CThreadStatus::AdvancePosition(3);                               // the listener adds 3
 #pragma once
 
 #include <VantoroBasicUtils/messaging/LBroadcaster.h>

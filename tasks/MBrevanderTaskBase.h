@@ -1,9 +1,14 @@
 // MBrevanderTaskBase.h: how a long-running object reads a stop flag (and a
 // may-be-killed flag) that somebody else owns, without knowing the owner.
 //
+//   class Encoder : public MBrevanderTaskBase {
+//    public:
+//     void EncodeNextFrame() {}
+//   };
+//   Encoder encoder;
 //   bool stop = false;
 //   encoder.SetStopFlagPtr(&stop);      // the owner keeps `stop` alive
-//   while (!encoder.IsStop()) encoder.EncodeNextFrame();
+//   while (!encoder.IsStop()) { encoder.EncodeNextFrame(); stop = true; }
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

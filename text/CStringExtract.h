@@ -1,8 +1,10 @@
 // CStringExtract.h: taking a quoted word out of a line. Positions count
 // units from the start of the text; 0 means no double quote.
 //
+//   MString line(u"title \"Main menu\" 3"_u16);
+//   unsigned short word[256];
 //   int at = CStringExtract::SeekLeftDoubleQuat(line);        // behind the opening quote
-//   int step = CStringExtract::GetString(line + at, word);    // word up to the closing one
+//   int step = CStringExtract::GetString(line + at, word);    // "Main menu", up to the closing one
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

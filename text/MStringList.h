@@ -2,8 +2,9 @@
 // GetTail, GetNext, GetAt and the assignments all move the cursor, so a
 // loop over a list calls no other such operation on it.
 //
-//   MStringList lines;  lines.Add(u"one"_u16);  lines.AddFormat(u"%d"_u16, 2);
-//   for (MString* s = lines.GetHead(); s; s = lines.GetNext()) { ... }
+//   MString format(u"%d"_u16);
+//   MStringList lines;  lines.Add(u"one"_u16);  lines.AddFormat(format, 2);
+//   for (MString* s = lines.GetHead(); s; s = lines.GetNext()) std::printf("%s\n", UStringUtils::TtoA(*s));
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

@@ -9,8 +9,9 @@
 // before or after this header, each call reaches its own function:
 //
 //   int same = strcasecmp(u"ABC"_u16, u"abc"_u16);    // 0
-//   unsigned short* leaf = vbu::basename(path);         // in place
-//   MString folder = DirName(MString(path));
+//   MString path(u"/media/disc/title.vob"_u16);
+//   MString folder = DirName(path);                     // "/media/disc"
+//   unsigned short* leaf = vbu::basename(path);         // "title.vob", in place
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

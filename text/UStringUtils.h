@@ -2,6 +2,7 @@
 // and conversion to and from the system's byte code page through two fixed
 // buffers.
 //
+//   MString text(u"Kapitel"_u16);
 //   unsigned int n = UStringUtils::strlen(text);
 //   char* bytes = UStringUtils::TtoA(text);       // valid until the next TtoA
 //   unsigned short* units = UStringUtils::AtoT(bytes);

@@ -5,6 +5,7 @@
 //
 //   CTimecode t(0, 0, 1, 0, kFrameType30);       // 00:00:01:00, total frame 31
 //   CTimecode later = t + 30;                     // 00:00:02:00
+//   CTimecode shown;
 //   t.Nondrop2Drop(CTimecode(), &shown);          // its drop-frame label
 #pragma once
 

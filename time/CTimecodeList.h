@@ -3,7 +3,7 @@
 // PAL numbering.
 //
 //   CTimecodeList marks;  marks.Add(CTimecode(0, 1, 0, 0, 30.0));
-//   for (CTimecode* t = marks.GetHead(); t; t = marks.GetNext()) { ... }
+//   for (CTimecode* t = marks.GetHead(); t; t = marks.GetNext()) std::printf("%d\n", t->GetMinute());
 //   marks.Change2PAL();                  // same labels, now at 25 fps
 #pragma once
 

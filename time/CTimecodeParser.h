@@ -3,9 +3,10 @@
 // first) and a frame type, and prints four numbers back as timecode text.
 // A ';' before the frame means 25 frames per second.
 //
-//   CTimecodeParser p;  p.Parse(u"01:02:03;04"_u16, false);   // kFrameType25
-//   CTimecode t = p.GetTime();                               // 01:02:03:04 at 25
-//   MString text = p.GetString();                            // "01:02:03;04"
+//   MString entered(u"01:02:03;04"_u16);
+//   CTimecodeParser p;  p.Parse(entered, false);   // kFrameType25
+//   CTimecode t = p.GetTime();                     // 01:02:03:04 at 25
+//   MString text = p.GetString();                  // "01:02:03;04"
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>

@@ -42,9 +42,13 @@ uint32_t WriteSetting(const char16_t* path, const char16_t* section, const char1
 
 // ---- the text work, apart from the file system (used by the calls above)
 
-// The value of `key` in `section` of `text`, as ReadSetting.
+// The value of `key` in `section` of `text`, as ReadSetting; a name or value
+// that cannot be converted reads as a missing key.
 bool FindSetting(const std::string& text, const char16_t* section, const char16_t* key, std::u16string* value);
-// `text` with the write made, as WriteSetting; false when the write changes nothing.
-bool ApplySetting(std::string* text, const char16_t* section, const char16_t* key, const char16_t* value);
+// `text` with the write made, as WriteSetting; false when the write changes
+// nothing, or when a text could not be converted (`*error` then holds the
+// code of the failure, else 0; `text` is untouched).
+bool ApplySetting(std::string* text, const char16_t* section, const char16_t* key, const char16_t* value,
+                  uint32_t* error = nullptr);
 
 }  // namespace vbu::platform

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace vbu::platform {
@@ -15,9 +16,12 @@ namespace vbu::platform {
 inline const unsigned short* AsUnits(const char16_t* text) { return reinterpret_cast<const unsigned short*>(text); }
 inline unsigned short* AsUnits(char16_t* text) { return reinterpret_cast<unsigned short*>(text); }
 
-// `count` bytes as text; bytes that are no character become U+FFFD.
-std::u16string FromSystemBytes(const char* bytes, std::size_t count);
-// Terminated text as bytes; null gives none.
-std::string ToSystemBytes(const char16_t* text);
+// `count` bytes as text; bytes that are no character become U+FFFD. A
+// conversion that cannot be made gives no text, and its error code in
+// `*error` when given (untouched on success): callers that must not take a
+// failure for an empty text ask for it.
+std::u16string FromSystemBytes(const char* bytes, std::size_t count, uint32_t* error = nullptr);
+// Terminated text as bytes; null gives none. `error` as above.
+std::string ToSystemBytes(const char16_t* text, uint32_t* error = nullptr);
 
 }  // namespace vbu::platform

@@ -378,6 +378,12 @@ TEST_F(Settings, ANewSectionFollowsAnUnendedLastLineAndAFileComesIntoBeing) {
   WriteAll(ini, "[A]\nx=1");
   CBrevanderProfile::WriteProfileStringW(u"A"_u16, u"y"_u16, u"2"_u16);
   EXPECT_EQ(ReadAll(ini), "[A]\nx=1\r\ny=2\r\n");
+  // An unended last line that stops at a CR gets only the LF.
+  WriteAll(ini, "[A]\nx=1\r");
+  CBrevanderProfile::WriteProfileStringW(u"B"_u16, u"y"_u16, u"2"_u16);
+  EXPECT_EQ(ReadAll(ini), "[A]\nx=1\r\n[B]\r\ny=2\r\n");
+  EXPECT_EQ(CBrevanderProfile::GetProfileIntW(u"B"_u16, u"y"_u16, 0), 2);
+  EXPECT_EQ(CBrevanderProfile::GetProfileIntW(u"A"_u16, u"x"_u16, 0), 1);
   WriteAll(ini, "[A]\n\n; notes of B\n[B]\n");
   CBrevanderProfile::WriteProfileStringW(u"A"_u16, u"y"_u16, u"2"_u16);
   EXPECT_EQ(ReadAll(ini), "[A]\ny=2\r\n\n; notes of B\n[B]\n") << "a key of an empty section follows its header";

@@ -1,0 +1,308 @@
+// The road of a typical job, as a host runs it: self-destroying single-run
+// worker tasks join sources into a segmented destination with the
+// concatenation engine; the second task waits for the first; the ends come
+// back through the dispatcher in order; a cancelled join leaves an info file
+// that lists only segments that exist.
+#include <VantoroBasicUtils/VantoroBasicUtils.h>
+
+#include <gtest/gtest.h>
+
+#include "support/TempFolder.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace {
+
+unsigned long Self() { return MThreadQueue::CurrentThreadId(); }
+
+// Pumps this thread's queue until `done()`, for at most 20 seconds.
+template <class Done>
+bool PumpUntil(Done done) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  for (;;) {
+    MThreadQueue::PumpMessages();
+    if (done()) return true;
+    if (std::chrono::steady_clock::now() > end) return false;
+    MThreadQueue::WaitMessage(5);
+  }
+}
+
+// Steps of every thread, in the order they happened.
+struct Road {
+  std::mutex mutex;
+  std::vector<std::pair<std::string, unsigned long>> steps;
+  std::map<unsigned long, long long> sectors;  // progress by reporting thread
+
+  void Note(const std::string& step) {
+    std::lock_guard<std::mutex> lock(mutex);
+    steps.emplace_back(step, Self());
+  }
+  int IndexOf(const std::string& step) {
+    std::lock_guard<std::mutex> lock(mutex);
+    for (std::size_t i = 0; i < steps.size(); ++i)
+      if (steps[i].first == step) return static_cast<int>(i);
+    return -1;
+  }
+  // The steps taken on thread `id`, in order.
+  std::vector<std::string> On(unsigned long id) {
+    std::lock_guard<std::mutex> lock(mutex);
+    std::vector<std::string> names;
+    for (auto& [name, thread] : steps)
+      if (thread == id) names.push_back(name);
+    return names;
+  }
+};
+
+// A door that a worker waits at, for at most ten seconds.
+struct Gate {
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool open = false;
+  void Open() {
+    std::lock_guard<std::mutex> lock(mutex);
+    open = true;
+    changed.notify_all();
+  }
+  bool Wait() {
+    std::unique_lock<std::mutex> lock(mutex);
+    return changed.wait_for(lock, std::chrono::seconds(10), [&] { return open; });
+  }
+};
+
+// A worker task that joins whole sources into an MFiles destination; a
+// source that does not fit in the open segment starts a new one.
+class JoinJob : public CBrevanderThread {
+ public:
+  JoinJob(Road& road, std::string name, MString destination, std::vector<MString> sources, long long limit,
+          Gate* gate = nullptr)
+      : mRoad(road), mName(std::move(name)), mDestination(destination), mSources(std::move(sources)),
+        mLimit(limit), mGate(gate) {
+    SetWorkerThread(true);
+    mSingleRun = true;
+    mDescription.ImportASCII(mName.c_str(), -1);
+  }
+  ~JoinJob() override { mRoad.Note(mName + ".delete"); }
+
+  void RunSelf() override {
+    mRoad.Note(mName + ".RunSelf");
+    if (mGate && !mGate->Wait()) return;
+    MFiles destination;
+    destination.SetMaxFileSize(mLimit);
+    if (destination.FOpen(mDestination, MFile::file_overlapped_create) != 0 ||
+        destination.ConcatInitialize(2048, 0) != 0) {
+      return;
+    }
+    long long inSegment = 0, written = 0;
+    for (MString& source : mSources) {
+      if (mStop) break;
+      MFileUniv file;
+      const long long size = file.FOpen(source, MFile::file_read_binary) == 0 ? file.GetSize() : -1;
+      file.FClose();
+      const long long padded = (size + 2047) / 2048 * 2048;
+      if (inSegment > 0 && inSegment + padded > mLimit) {
+        // The limit drops to the open segment's size for the move, so the
+        // new segment starts right behind the data.
+        destination.SetMaxFileSize(inSegment);
+        const bool moved = destination.FSeek64(written + 1, MFile::file_seek_begin) == written + 1;
+        destination.SetMaxFileSize(mLimit);
+        if (!moved || destination.ConcatInitialize(2048, 0) != 0) return;
+        inSegment = 0;
+      }
+      if (destination.ConcatFile(source, 0, mStop) != 0) return;
+      inSegment += padded;
+      written += padded;
+    }
+    mRoad.Note(mName + ".RunSelf.end");
+    destination.FClose();
+  }
+  void PostPlay() override { mRoad.Note(mName + ".PostPlay"); }
+
+  // On the worker, from the progress listener: the engine's flag belongs to this thread.
+  void StopIfAborted() {
+    if (!ShouldStart()) mStop = true;
+  }
+
+ private:
+  Road& mRoad;
+  std::string mName;
+  MString mDestination;
+  std::vector<MString> mSources;
+  long long mLimit;
+  Gate* mGate;
+  bool mStop = false;
+};
+
+// Hears a task's own messages (58900, 29002, 202) and the task list's
+// (29000, 29001), naming the task.
+class TaskEar : public LListener {
+ public:
+  explicit TaskEar(Road& road) : mRoad(road) {}
+  bool ListenToMessage(long message, void* param) override {
+    if (message == 202) {  // the dying broadcaster is the task itself
+      mRoad.Note(mLastTask + ".202");
+      return true;
+    }
+    auto* task = static_cast<CBrevanderThread*>(param);
+    mLastTask = UStringUtils::TtoA(task->GetDescription());
+    mRoad.Note(mLastTask + "." + std::to_string(message));
+    return true;
+  }
+
+ private:
+  Road& mRoad;
+  std::string mLastTask;
+};
+
+// Hears progress on the worker: counts sectors by thread and lets an
+// aborted job stop its engine. With `abortAt`, aborts the job itself once
+// that many sectors are through.
+class ProgressEar : public LListener {
+ public:
+  explicit ProgressEar(Road& road, long long abortAt = -1) : mRoad(road), mAbortAt(abortAt) {}
+  bool ListenToMessage(long message, void* param) override {
+    if (message != kMsgThreadStatus) return false;
+    auto* record = static_cast<ThreadStatusRecord*>(param);
+    long long total = 0;
+    {
+      std::lock_guard<std::mutex> lock(mRoad.mutex);
+      if (record->mask & kStatusAdvance) mRoad.sectors[record->threadId] += record->position;
+      total = mRoad.sectors[record->threadId];
+    }
+    if (auto* job = dynamic_cast<JoinJob*>(CThreadAction::GetThreadAction()->FindThread(record->threadId))) {
+      if (mAbortAt >= 0 && total >= mAbortAt) job->Abort();
+      job->StopIfAborted();
+    }
+    return true;
+  }
+
+ private:
+  Road& mRoad;
+  long long mAbortAt;
+};
+
+std::string Padded(const std::string& bytes) {
+  return bytes + std::string((2048 - bytes.size() % 2048) % 2048, '\0');
+}
+
+// The logical content of a segmented file, read through MFiles.
+std::string ReadJoined(const MString& path, int* segments = nullptr) {
+  MFiles file;
+  if (file.FOpen(path, MFile::file_read_binary) != 0) return "<cannot open>";
+  if (segments) *segments = file.GetCount();
+  std::string content;
+  std::vector<char> block(1 << 16);
+  for (int got; (got = file.FRead(block.data(), static_cast<int>(block.size()))) > 0;) content.append(block.data(), got);
+  file.FClose();
+  return content;
+}
+
+class JobRoadTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    CThreadDispatcher::GetThreadDispatcher();
+    CThreadStatus::GetThreadStatus()->AddListener(&progress);
+    CThreadAction::GetThreadAction()->AddListener(&ear);
+  }
+  void TearDown() override {
+    CThreadAction::GetThreadAction()->RemoveListener(&ear);
+    CThreadStatus::GetThreadStatus()->RemoveListener(&progress);
+  }
+
+  // Writes the sources; gives their paths and the expected joined content.
+  std::vector<MString> Sources(const std::string& prefix, const std::vector<std::size_t>& sizes, std::string& joined) {
+    std::vector<MString> paths;
+    unsigned seed = 1;
+    for (std::size_t size : sizes) {
+      const std::string name = prefix + std::to_string(paths.size());
+      const std::string bytes = Pattern(size, seed++);
+      WriteAll(folder.Bytes(name), bytes);
+      if (size > 0) joined += Padded(bytes);
+      paths.push_back(folder.Path(name));
+    }
+    return paths;
+  }
+
+  TempFolder folder;
+  Road road;
+  TaskEar ear{road};
+  ProgressEar progress{road};
+};
+
+TEST_F(JobRoadTest, SecondJobWaitsAndEndsComeBackInOrder) {
+  std::string joinedA, joinedB;
+  // A: 6144 + 4196352 bytes fill the first segment to its limit, the last source needs a second.
+  auto sourcesA = Sources("a", {5000, 4194305, 7000}, joinedA);
+  // B: an empty source adds nothing; the last source is larger than the limit and gets a segment of its own.
+  auto sourcesB = Sources("b", {0, 3000, 9000}, joinedB);
+  Gate gate;
+  auto* a = new JoinJob(road, "A", folder.Path("A.vob"), sourcesA, 6144 + 4196352, &gate);
+  auto* b = new JoinJob(road, "B", folder.Path("B.vob"), sourcesB, 8192);
+  a->AddListener(&ear);
+  b->AddListener(&ear);
+
+  ASSERT_TRUE(a->Execute());
+  ASSERT_TRUE(b->Execute());
+  ASSERT_TRUE(PumpUntil([&] { return road.IndexOf("A.RunSelf") >= 0; }));
+  CThreadAction* list = CThreadAction::GetThreadAction();
+  EXPECT_EQ(list->FindWaitingThread(b), b);  // single-run: B waits behind A
+  EXPECT_EQ(road.IndexOf("B.RunSelf"), -1);
+  gate.Open();
+  ASSERT_TRUE(PumpUntil([&] { return road.IndexOf("B.delete") >= 0; }));
+
+  // Everything but RunSelf happened on this (the user-interface) thread, in this order.
+  const std::vector<std::string> expected = {
+      "A.29000", "B.29000", "A.PostPlay", "A.58900", "A.29001", "A.delete", "A.29002", "A.202",
+      "B.PostPlay", "B.58900", "B.29001", "B.delete", "B.29002", "B.202"};
+  EXPECT_EQ(road.On(Self()), expected);
+  // B's worker began only when A had left the list.
+  EXPECT_GT(road.IndexOf("B.RunSelf"), road.IndexOf("A.RunSelf.end"));
+  EXPECT_GT(road.IndexOf("B.RunSelf"), road.IndexOf("A.58900"));
+  EXPECT_EQ(list->GetThreadCount(), 0);
+
+  // Content, segments, and the progress of each worker in 2048-byte units.
+  int segments = 0;
+  EXPECT_EQ(ReadJoined(folder.Path("A.vob"), &segments), joinedA);
+  EXPECT_EQ(segments, 2);
+  EXPECT_EQ(ReadAll(folder.Bytes("A.vob.cfx.0")).size(), 6144u + 4196352u);
+  EXPECT_EQ(ReadJoined(folder.Path("B.vob"), &segments), joinedB);
+  EXPECT_EQ(segments, 2);
+  EXPECT_EQ(ReadAll(folder.Bytes("B.vob.cfx.1")).size(), 10240u);
+  std::lock_guard<std::mutex> lock(road.mutex);
+  long long sectors = 0;
+  for (auto& [thread, count] : road.sectors) sectors += count;
+  EXPECT_EQ(sectors * 2048, static_cast<long long>(joinedA.size() + joinedB.size()));
+}
+
+TEST_F(JobRoadTest, CancelledJoinListsOnlySegmentsThatExist) {
+  CThreadStatus::GetThreadStatus()->RemoveListener(&progress);
+  ProgressEar aborter(road, 7);  // aborts inside the big source, after the two small ones (3 sectors each)
+  CThreadStatus::GetThreadStatus()->AddListener(&aborter);
+  std::string joined;
+  auto sources = Sources("s", {5000, 5000, 12 << 20, 5000}, joined);
+  auto* job = new JoinJob(road, "C", folder.Path("C.vob"), sources, 8192);
+  ASSERT_TRUE(job->Execute());
+  ASSERT_TRUE(PumpUntil([&] { return road.IndexOf("C.delete") >= 0; }));
+  CThreadStatus::GetThreadStatus()->RemoveListener(&aborter);
+
+  // Two small segments, then the big source, stopped after a buffer or two
+  // of its three; the last small source never started.
+  int segments = 0;
+  const std::string content = ReadJoined(folder.Path("C.vob"), &segments);
+  EXPECT_EQ(segments, 3);
+  EXPECT_GE(content.size(), 6144u + 6144u + (4u << 20));
+  EXPECT_LE(content.size(), 6144u + 6144u + (8u << 20));
+  EXPECT_TRUE(content == joined.substr(0, content.size()));
+  EXPECT_FALSE(std::filesystem::exists(folder.Bytes("C.vob.cfx.3")));
+  MFiles check;
+  ASSERT_EQ(check.FOpen(folder.Path("C.vob"), MFile::file_read_binary), 0);
+  LListIterator listed(*check.GetFileNames());
+  for (MFileSpecWin* spec; listed.Next(&spec);) EXPECT_TRUE(MFile::FileExist(spec->GetFilePath()));
+  check.FClose();
+}
+
+}  // namespace
