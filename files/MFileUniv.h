@@ -145,8 +145,9 @@ class VBU_API MFileUniv : public MFile {
   void ConcatUpdateOverlap(ConcatCallbackInfo* record, unsigned long bytes);
 
   // The engine's steps that the operations above share.
+  class ConcatPipeline;  // one ConcatFile's transfers in flight (MFileUnivConcat.cpp)
+  uint32_t ConcatStart(ConcatInfo* info, ConcatCallbackInfo* record, bool write, char* buffer, uint32_t count);
   void ConcatCollectWrite(ConcatInfo* info, bool reportProgress);
-  void ConcatDrain(ConcatInfo* info, ConcatCallbackInfo* read, bool readInFlight, bool writeInFlight);
   void ConcatReportError(ConcatInfo* info);
   bool GetTime(int which, int& year, int& month, int& day, int& hour, int& minute, int& second) const;
 

@@ -4,6 +4,7 @@
 // which the platform runs on this thread during ConcatWaitOperation's
 // alertable waits, so a whole run stays on the calling thread.
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "files/MFileUniv.h"
@@ -22,6 +23,19 @@ namespace {
 constexpr uint64_t kUnknownSize = ~uint64_t{0};
 constexpr uint32_t kNoCode = 0xFFFFFFFFu;  // a failure with no code of its own
 
+// Transfers that each buffer's read and write is split into. Measured with
+// bench/files_concat_bench (see the commit that set it): fewer leave the
+// device idle between requests, more gain nothing.
+constexpr uint32_t kTransfersPerBuffer = 4;
+// The offsets and lengths of direct transfers are whole multiples of this
+// (the largest sector of today's disks), so that splitting a buffer never
+// turns the destination away from direct transfers.
+constexpr uint32_t kTransferAlignment = 4096;
+// The destination's space is taken ahead of the writes in steps of this
+// many bytes: direct writes that grow a file wait for each other, writes
+// into the file's own space run side by side.
+constexpr uint64_t kReserveStep = uint64_t{256} << 20;
+
 uint64_t RoundUp(uint64_t value, uint64_t unit) { return (value + unit - 1) / unit * unit; }
 
 MEvent* EventOf(ConcatCallbackInfo* record) { return static_cast<MEvent*>(record->mOverlapped.hEvent); }
@@ -30,6 +44,16 @@ MEvent* EventOf(ConcatCallbackInfo* record) { return static_cast<MEvent*>(record
 uint32_t FailureCode(const ConcatCallbackInfo& record) {
   uint32_t code = record.mError != 0 ? record.mError : GetLastError();
   return code != 0 ? code : kNoCode;
+}
+
+// Bytes to write of `count` source bytes at `offset` of the source held at
+// `memory`: the part that ends the source is padded with zeros up to the
+// sector boundary.
+uint32_t PadToSector(const ConcatInfo& info, char* memory, uint64_t offset, uint32_t count) {
+  if (offset + count != info.mSourceSize || info.mRoundedSize == info.mSourceSize) return count;
+  const auto padding = static_cast<uint32_t>(info.mRoundedSize - info.mSourceSize);
+  std::memset(memory + count, 0, padding);
+  return count + padding;
 }
 
 }  // namespace
@@ -74,92 +98,272 @@ long MFileUniv::ConcatInitialize(long sectorSize, long long startOffset) {
   return 0;
 }
 
+// One ConcatFile's transfers. Each buffer is split into a few slots that
+// are read and written as transfers of their own, so that several requests
+// are in flight on both legs and the device never waits for one of them.
+// Slots are read and written in the order of the file; a buffer's worth of
+// source is a piece, and a piece is counted (offset, progress) once all of
+// its writes have ended, in the order of the pieces. A slot is read again
+// once its piece has been counted. Memory: the two buffers and the slots'
+// records, whatever the size of the source.
+class MFileUniv::ConcatPipeline {
+ public:
+  ConcatPipeline(MFileUniv& file, ConcatInfo& info)
+      : mFile(file),
+        mInfo(info),
+        mBufferBytes(static_cast<uint64_t>(info.mBufferSize)),
+        mSlotBytes(SlotBytes(static_cast<uint32_t>(info.mBufferSize))),
+        mSlotsPerBuffer(static_cast<int>(static_cast<uint32_t>(info.mBufferSize) / mSlotBytes)),
+        mPieces((info.mSourceSize + mBufferBytes - 1) / mBufferBytes),
+        mWriteBase(static_cast<uint64_t>(vp::GetOffset(info.mWriteInfo.mOverlapped))),
+        mReservedEnd(mWriteBase) {
+    int64_t size = -1;
+    if (vp::GetHandleSize(info.mDestination, &size) == 0) mSizeBefore = static_cast<uint64_t>(size);
+    for (Slot& slot : mSlots) {
+      slot.record.mOverlapped.hEvent = &mEnded;
+      slot.record.mMarker = ConcatCallbackInfo::kLiveMarker;
+    }
+  }
+  ~ConcatPipeline() {
+    for (Slot& slot : mSlots) slot.record.mMarker = 0;
+  }
+
+  // Joins the open source. Returns once no transfer is in flight: false
+  // when a transfer or a wait failed (mErrorCode says why).
+  bool Run(const bool& cancelled) {
+    bool waitFailed = false;
+    for (;;) {
+      // Counted pieces free their slots for the reads; writes go first, as
+      // they empty the slots that the reads fill.
+      Collect();
+      if (!mStopping) {
+        StartWrites(cancelled);
+        if (!mReadsStopped) StartReads();
+      }
+      mInfo.mReadPending = mReadsInFlight;
+      mInfo.mWritePending = mWritesInFlight;
+      if (mReadsInFlight + mWritesInFlight == 0) break;  // all written, or stopped and drained
+      if (!WaitForAnEnd()) {
+        // Nothing more can be learnt of the transfers: stop, and once more
+        // try to see the ones in flight end.
+        waitFailed = true;
+        if (mStopping) break;
+        mStopping = true;
+        continue;
+      }
+      TakeEnds();
+    }
+    const bool whole = !waitFailed && mInfo.mErrorCode == 0 && mCollectPiece == mPieces;
+    // Space taken ahead and never written goes back: the file ends where its
+    // counted bytes do, as if it had grown with the writes.
+    const uint64_t end = std::max(mSizeBefore, static_cast<uint64_t>(vp::GetOffset(mInfo.mWriteInfo.mOverlapped)));
+    if (!whole && mReservedEnd > end && mSizeBefore != kUnknownSize) {
+      vp::SetHandleSize(mInfo.mDestination, static_cast<int64_t>(end));
+    }
+    return !waitFailed && mInfo.mErrorCode == 0;
+  }
+
+ private:
+  enum class State : uint8_t { kFree, kReading, kFull, kWriting, kWritten, kFailed };
+  struct Slot {
+    ConcatCallbackInfo record{};  // mBytes: kPending until the transfer ends
+    State state = State::kFree;
+    uint32_t count = 0;           // bytes of the transfer under way or last ended
+    uint64_t piece = 0;           // the piece it belongs to
+  };
+  static constexpr uint32_t kPending = 0xFFFFFFFFu;  // no transfer is that long
+
+  // The bytes of one slot: the buffer split into up to kTransfersPerBuffer
+  // parts, each a whole number of the alignment of direct transfers (a
+  // smaller buffer stays whole).
+  static uint32_t SlotBytes(uint32_t bufferBytes) {
+    for (uint32_t parts = kTransfersPerBuffer; parts > 1; --parts) {
+      if (bufferBytes % (parts * kTransferAlignment) == 0) return bufferBytes / parts;
+    }
+    return bufferBytes;
+  }
+
+  Slot& SlotOf(uint64_t piece, int part) { return mSlots[static_cast<std::size_t>((piece % 2) * mSlotsPerBuffer + part)]; }
+  char* MemoryOf(uint64_t piece, int part) {
+    return (piece % 2 == 0 ? mInfo.mBufferOne : mInfo.mBufferTwo) + static_cast<std::size_t>(part) * mSlotBytes;
+  }
+  // Bytes of the source in `piece`, and the parts they take.
+  uint64_t PieceBytes(uint64_t piece) const { return std::min(mBufferBytes, mInfo.mSourceSize - piece * mBufferBytes); }
+  int PartsOf(uint64_t piece) const { return static_cast<int>((PieceBytes(piece) + mSlotBytes - 1) / mSlotBytes); }
+  uint64_t SourceOffset(uint64_t piece, int part) const { return piece * mBufferBytes + uint64_t{mSlotBytes} * part; }
+
+  void Fail(uint32_t code) {
+    if (mInfo.mErrorCode == 0) mInfo.mErrorCode = code;
+    mStopping = true;
+  }
+  // A read of `piece` failed: nothing more is read, and what was read whole
+  // before that piece is still written.
+  void FailRead(uint32_t code, uint64_t piece) {
+    if (mInfo.mErrorCode == 0) mInfo.mErrorCode = code;
+    mReadsStopped = true;
+    mWriteLimit = std::min(mWriteLimit, piece);
+  }
+
+  void Start(Slot& slot, uint64_t piece, bool write, char* memory, uint32_t count, uint64_t offset) {
+    vp::SetOffset(slot.record.mOverlapped, static_cast<int64_t>(offset));
+    slot.record.mError = 0;
+    slot.record.mBytes = kPending;
+    slot.count = count;
+    slot.piece = piece;
+    uint32_t error = 0;
+    if (write) {
+      error = mFile.ConcatStart(&mInfo, &slot.record, true, memory, count);
+    } else {
+      mFile.ConcatReadBuffer(&mInfo, &slot.record);  // mReadBuffer and mBytesToRead are this slot's
+      error = mInfo.mErrorCode;
+    }
+    if (error != 0) {
+      slot.state = State::kFree;
+      write ? Fail(error) : FailRead(error, piece);
+      return;
+    }
+    slot.state = write ? State::kWriting : State::kReading;
+    ++(write ? mWritesInFlight : mReadsInFlight);
+  }
+
+  void StartReads() {
+    while (!mStopping && !mReadsStopped && mReadPiece < mPieces && SlotOf(mReadPiece, mReadPart).state == State::kFree) {
+      const uint64_t offset = SourceOffset(mReadPiece, mReadPart);
+      const auto count = static_cast<uint32_t>(std::min<uint64_t>(mSlotBytes, mInfo.mSourceSize - offset));
+      mInfo.mReadBuffer = MemoryOf(mReadPiece, mReadPart);
+      mInfo.mBytesToRead = count;
+      Start(SlotOf(mReadPiece, mReadPart), mReadPiece, false, mInfo.mReadBuffer, count, offset);
+      if (++mReadPart == PartsOf(mReadPiece)) {
+        mReadPart = 0;
+        ++mReadPiece;
+      }
+    }
+  }
+
+  // Takes the destination's space for `piece` and a step beyond, once the
+  // writes come near. Only a help: where the file system cannot, the
+  // writes grow the file as they go.
+  void Reserve(uint64_t piece) {
+    const uint64_t end = mWriteBase + mInfo.mRoundedSize;
+    const uint64_t pieceEnd = std::min(end, mWriteBase + (piece + 1) * mBufferBytes);
+    if (!mReserving || pieceEnd <= mReservedEnd) return;
+    const uint64_t to = std::min(end, pieceEnd + kReserveStep);
+    if (vp::ReserveHandleSpace(mInfo.mDestination, static_cast<int64_t>(mReservedEnd),
+                               static_cast<int64_t>(to - mReservedEnd)) != 0) {
+      mReserving = false;
+      return;
+    }
+    mReservedEnd = to;
+  }
+
+  // Writes what has been read, in order. The flag is read once the writes
+  // of a whole piece are under way.
+  void StartWrites(const bool& cancelled) {
+    while (!mStopping && mWritePiece < mWriteLimit && SlotOf(mWritePiece, mWritePart).state == State::kFull) {
+      Slot& slot = SlotOf(mWritePiece, mWritePart);
+      if (mWritePart == 0) Reserve(mWritePiece);
+      const uint64_t offset = SourceOffset(mWritePiece, mWritePart);
+      mInfo.mWriteBuffer = MemoryOf(mWritePiece, mWritePart);
+      // The source's last part: zeros up to the sector boundary.
+      mInfo.mBytesToWrite = PadToSector(mInfo, mInfo.mWriteBuffer, offset, slot.count);
+      Start(slot, mWritePiece, true, mInfo.mWriteBuffer, mInfo.mBytesToWrite, mWriteBase + offset);
+      if (++mWritePart == PartsOf(mWritePiece)) {
+        mWritePart = 0;
+        ++mWritePiece;
+        if (cancelled) mStopping = true;
+      }
+    }
+  }
+
+  // Counts the pieces whose writes have all ended whole, in order, and
+  // frees their slots for the reads.
+  void Collect() {
+    while (mCollectPiece < mWritePiece) {
+      const int parts = PartsOf(mCollectPiece);
+      uint64_t bytes = 0;
+      for (int part = 0; part < parts; ++part) {
+        const Slot& slot = SlotOf(mCollectPiece, part);
+        if (slot.state != State::kWritten) return;
+        bytes += slot.count;
+      }
+      for (int part = 0; part < parts; ++part) SlotOf(mCollectPiece, part).state = State::kFree;
+      ++mCollectPiece;
+      mInfo.mWriteInfo.mBytes = static_cast<uint32_t>(bytes);
+      mFile.ConcatCollectWrite(&mInfo, true);
+    }
+  }
+
+  // Waits until at least one transfer has ended; false when the wait failed.
+  bool WaitForAnEnd() {
+    // Completion routines run only in this thread's alertable waits, so none
+    // can slip in between the look and the reset.
+    for (const Slot& slot : mSlots) {
+      if ((slot.state == State::kReading || slot.state == State::kWriting) && slot.record.mBytes != kPending) {
+        return true;
+      }
+    }
+    mEnded.Reset();
+    return mFile.ConcatWaitOperation(&mInfo, &mSlots[0].record) == 0;
+  }
+
+  void TakeEnds() {
+    for (Slot& slot : mSlots) {
+      const bool reading = slot.state == State::kReading;
+      if ((!reading && slot.state != State::kWriting) || slot.record.mBytes == kPending) continue;
+      --(reading ? mReadsInFlight : mWritesInFlight);
+      if (slot.record.mBytes != slot.count) {
+        slot.state = State::kFailed;
+        reading ? FailRead(FailureCode(slot.record), slot.piece) : Fail(FailureCode(slot.record));
+      } else if (reading) {
+        slot.state = State::kFull;
+        mInfo.mBytesLeftToRead -= slot.count;
+      } else {
+        slot.state = State::kWritten;
+      }
+    }
+  }
+
+  MFileUniv& mFile;
+  ConcatInfo& mInfo;
+  const uint64_t mBufferBytes;
+  const uint32_t mSlotBytes;
+  const int mSlotsPerBuffer;
+  const uint64_t mPieces;     // buffers' worth of the source, the last one short
+  const uint64_t mWriteBase;  // where the source's first byte goes
+  MEvent mEnded{false};       // signalled by the routine of every slot
+  std::array<Slot, 2 * kTransfersPerBuffer> mSlots{};
+  uint64_t mReadPiece = 0, mWritePiece = 0, mCollectPiece = 0;
+  int mReadPart = 0, mWritePart = 0;
+  int mReadsInFlight = 0, mWritesInFlight = 0;
+  uint64_t mReservedEnd;                    // the destination's space taken up to here
+  uint64_t mSizeBefore = kUnknownSize;      // the destination's size when the call began
+  bool mReserving = true;                   // false once the file system refused
+  uint64_t mWriteLimit = mPieces;  // pieces that may be written: before a failed read
+  bool mReadsStopped = false;      // a read failed: start no more reads
+  bool mStopping = false;          // a write failed, or the cancellation: start nothing more
+};
+
 long MFileUniv::ConcatFile(unsigned short* path, long /*reserved*/, bool& cancelled, long /*reservedTwo*/) {
   ConcatInfo* info = &mConcatInfo;
   if (!info->mBufferOne || !info->mBufferTwo || !EventOf(&info->mWriteInfo)) return -1;  // no run started
   long result = -1;
-  MEvent readEvent(false);
-  ConcatCallbackInfo read{};
-  read.mOverlapped.hEvent = &readEvent;
-  read.mMarker = ConcatCallbackInfo::kLiveMarker;
   info->mWriteInfo.mError = 0;
   info->mWriteInfo.mBytes = 0;
-
-  if (ConcatOpenSourceFile(info, path) == 0) {
-    const uint64_t size = ConcatSetSourceInfo(info);
-    if (size == kUnknownSize) {
-      result = static_cast<long>(GetLastError());
-    } else if (size == 0) {
-      result = 0;  // an empty source writes nothing
-    } else {
-      info->mBytesWritten = 0;
-      info->mErrorCode = 0;
-      info->mWritePending = 0;
-      info->mReadPending = 1;
-      info->mBytesLeftToRead = info->mSourceSize;
-      info->mBytesToRead = static_cast<uint32_t>(std::min<uint64_t>(info->mBufferSize, info->mSourceSize));
-      info->mReadBuffer = info->mBufferOne;
-      uint32_t error = vp::StartHandleTransfer(info->mSource, false, info->mBufferOne,
-                                         info->mBytesToRead, &read.mOverlapped, &ConcatCompletionRoutine);
-      if (error != 0) {
-        info->mErrorCode = vp::SetLastErrorCode(error);
-      } else {
-        bool readInFlight = true, writeInFlight = false, waitFailed = false, finished = false;
-        for (;;) {
-          if (info->mReadPending) {
-            if (ConcatWaitOperation(info, &read) != 0) {
-              waitFailed = true;
-              break;
-            }
-            readInFlight = false;
-            if (read.mBytes != info->mBytesToRead) {
-              info->mErrorCode = FailureCode(read);
-              break;
-            }
-            info->mBytesLeftToRead -= read.mBytes;
-            ConcatUpdateOverlap(&read, read.mBytes);
-            read.mBytes = 0;
-          }
-          if (info->mWritePending) {
-            if (ConcatWaitOperation(info, &info->mWriteInfo) != 0) {
-              waitFailed = true;
-              break;
-            }
-            writeInFlight = false;
-            if (info->mWriteInfo.mBytes != info->mBytesToWrite) {
-              info->mErrorCode = FailureCode(info->mWriteInfo);
-              break;
-            }
-            ConcatCollectWrite(info, true);
-          }
-          // The write goes first: it takes the buffer that the last read filled.
-          if (info->mBytesWritten < info->mRoundedSize) {
-            ConcatWriteBuffer(info);
-            if (info->mErrorCode != 0) break;
-            info->mWritePending = 1;
-            writeInFlight = true;
-          } else {
-            finished = true;
-          }
-          if (info->mBytesLeftToRead > 0) {
-            ConcatReadBuffer(info, &read);
-            if (info->mErrorCode != 0) break;
-            readInFlight = true;
-          } else {
-            info->mReadPending = 0;
-          }
-          if (cancelled || finished) break;
-        }
-        // Nothing leaves while the system may still write into the buffers or the read record.
-        ConcatDrain(info, &read, readInFlight, writeInFlight);
-        if (!waitFailed && info->mErrorCode == 0) result = 0;
-      }
-      // Only a failure of this call is reported: one left from an earlier call is not news.
-      ConcatReportError(info);
-    }
-    ConcatCloseSourceFile(info);
+  if (ConcatOpenSourceFile(info, path) != 0) return result;
+  const uint64_t size = ConcatSetSourceInfo(info);
+  if (size == kUnknownSize) {
+    result = static_cast<long>(GetLastError());
+  } else if (size == 0) {
+    result = 0;  // an empty source writes nothing
+  } else {
+    info->mBytesWritten = 0;
+    info->mErrorCode = 0;
+    info->mBytesLeftToRead = info->mSourceSize;
+    if (ConcatPipeline(*this, *info).Run(cancelled)) result = 0;
+    // Only a failure of this call is reported: one left from an earlier call is not news.
+    ConcatReportError(info);
   }
-  read.mMarker = 0;
+  ConcatCloseSourceFile(info);
   return result;
 }
 
@@ -212,24 +416,19 @@ uint32_t MFileUniv::ConcatWaitOperation(ConcatInfo* info, ConcatCallbackInfo* re
 
 void MFileUniv::ConcatWriteBuffer(ConcatInfo* info) {
   info->mWriteBuffer = info->mReadBuffer;
-  info->mBytesToWrite = info->mBytesToRead;
-  if (info->mBytesToRead < static_cast<uint32_t>(info->mBufferSize) && info->mRoundedSize != info->mSourceSize) {
-    // The last piece: zeros up to the sector boundary.
-    const uint32_t padding = static_cast<uint32_t>(info->mRoundedSize - info->mSourceSize);
-    std::memset(info->mWriteBuffer + info->mBytesToRead, 0, padding);
-    info->mBytesToWrite += padding;
-  }
-  uint32_t error = vp::StartHandleTransfer(info->mDestination, true, info->mWriteBuffer,
-                                     info->mBytesToWrite, &info->mWriteInfo.mOverlapped, &ConcatCompletionRoutine);
-  if (error != 0) info->mErrorCode = vp::SetLastErrorCode(error);
+  info->mBytesToWrite = PadToSector(*info, info->mWriteBuffer, 0, info->mBytesToRead);
+  ConcatStart(info, &info->mWriteInfo, true, info->mWriteBuffer, info->mBytesToWrite);
 }
 
 void MFileUniv::ConcatReadBuffer(ConcatInfo* info, ConcatCallbackInfo* record) {
-  info->mBytesToRead = static_cast<uint32_t>(std::min<uint64_t>(info->mBufferSize, info->mBytesLeftToRead));
-  info->mReadBuffer = info->mReadBuffer != info->mBufferOne ? info->mBufferOne : info->mBufferTwo;
-  uint32_t error = vp::StartHandleTransfer(info->mSource, false, info->mReadBuffer,
-                                     info->mBytesToRead, &record->mOverlapped, &ConcatCompletionRoutine);
+  ConcatStart(info, record, false, info->mReadBuffer, info->mBytesToRead);
+}
+
+uint32_t MFileUniv::ConcatStart(ConcatInfo* info, ConcatCallbackInfo* record, bool write, char* buffer, uint32_t count) {
+  uint32_t error = vp::StartHandleTransfer(write ? info->mDestination : info->mSource, write, buffer, count,
+                                           &record->mOverlapped, &ConcatCompletionRoutine);
   if (error != 0) info->mErrorCode = vp::SetLastErrorCode(error);
+  return error;
 }
 
 long MFileUniv::ConcatOpenSourceFile(ConcatInfo* info, unsigned short* path) {
@@ -264,17 +463,6 @@ void MFileUniv::ConcatCollectWrite(ConcatInfo* info, bool reportProgress) {
   // Progress counts 2048-byte units, whatever the sector size.
   if (reportProgress) CThreadStatus::AdvancePosition(bytes / 2048);
   info->mWriteInfo.mBytes = 0;
-}
-
-void MFileUniv::ConcatDrain(ConcatInfo* info, ConcatCallbackInfo* read, bool readInFlight, bool writeInFlight) {
-  uint32_t savedCode = info->mErrorCode;
-  if (readInFlight) ConcatWaitOperation(info, read);
-  if (writeInFlight && ConcatWaitOperation(info, &info->mWriteInfo) == 0) {
-    // A write that ended whole is counted, so the offset stands behind what the destination holds.
-    if (info->mWriteInfo.mBytes == info->mBytesToWrite) ConcatCollectWrite(info, true);
-    info->mWritePending = 0;
-  }
-  info->mErrorCode = savedCode;
 }
 
 void MFileUniv::ConcatReportError(ConcatInfo* info) {

@@ -419,6 +419,11 @@ uint32_t GetHandleSize(intptr_t handle, int64_t* size) {
   return os::Size(HandleDescriptor(handle), size);
 }
 
+uint32_t ReserveHandleSpace(intptr_t handle, int64_t offset, int64_t length) {
+  if (offset < 0 || length <= 0) return kErrorInvalidArgument;
+  return os::Reserve(HandleDescriptor(handle), offset, length);
+}
+
 uint32_t SetHandleSize(intptr_t handle, int64_t size) {
   if (size < 0) return kErrorInvalidArgument;
   return os::Truncate(HandleDescriptor(handle), size);

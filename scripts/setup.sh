@@ -2,7 +2,7 @@
 # Installs what the build needs on a fresh Debian machine. Does nothing when all is present.
 set -euo pipefail
 
-packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev liburing-dev libboost-dev
+packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev liburing-dev libboost-dev fio
           doxygen dpkg-dev  # the API reference and the Debian packages
           clang libclang-rt-14-dev)  # clang and its libFuzzer runtime: the fuzz preset
 

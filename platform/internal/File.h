@@ -103,6 +103,12 @@ uint32_t FlushHandle(intptr_t handle);
 uint32_t CloseHandle(intptr_t handle);
 // The size of the file into `*size` (-1 on failure).
 uint32_t GetHandleSize(intptr_t handle, int64_t* size);
+// Allocates the disk space of `length` bytes at `offset`, the file growing
+// to cover them (their bytes read as zeros until written). Direct writes
+// into space that is already the file's run side by side, where writes
+// that grow the file wait for each other. An error code where the file
+// system or device cannot (EOPNOTSUPP, ENODEV, ENOSPC...).
+uint32_t ReserveHandleSpace(intptr_t handle, int64_t offset, int64_t length);
 // Makes the file `size` bytes long.
 uint32_t SetHandleSize(intptr_t handle, int64_t size);
 // The descriptor under a handle.

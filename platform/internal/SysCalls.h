@@ -49,6 +49,8 @@ struct SysCalls {
   int (*statfs)(const char* path, struct ::statfs* info);
   int (*fsync)(int fd);
   int (*ftruncate)(int fd, int64_t size);
+  // fallocate with mode 0: allocates the range, growing the file to cover it.
+  int (*fallocate)(int fd, int64_t offset, int64_t length);
   int (*fcntl)(int fd, int command, long argument);
   int (*unlink)(const char* path);
   int (*chmod)(const char* path, unsigned mode);

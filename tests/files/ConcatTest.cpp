@@ -154,3 +154,4 @@ TEST(ConcatFull, ADestinationWithNoRoomFailsWithTheSystemsText) {
   char block[100] = {};
   EXPECT_EQ(full.ConcatBufferSynchronously(block, 100), -1);
 }
+

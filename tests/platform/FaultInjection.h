@@ -161,6 +161,7 @@ class StSysCallFaults : public StSysCallTable {
     VBU_FAULT_ENTRY(statfs, -1);
     VBU_FAULT_ENTRY(fsync, -1);
     VBU_FAULT_ENTRY(ftruncate, -1);
+    VBU_FAULT_ENTRY(fallocate, -1);
     VBU_FAULT_ENTRY(fcntl, -1);
     VBU_FAULT_ENTRY(unlink, -1);
     VBU_FAULT_ENTRY(chmod, -1);
@@ -203,7 +204,7 @@ class StSysCallFaults : public StSysCallTable {
     // free, futex_wait, futex_wake, getpid and getuid cannot fail: neither failed nor counted.
 #undef VBU_FAULT_ENTRY
 #undef VBU_FAULT_RELEASE
-    static_assert(sizeof(vbu::platform::SysCalls) == 50 * sizeof(void*),
+    static_assert(sizeof(vbu::platform::SysCalls) == 51 * sizeof(void*),
                   "a new entry of the system-call table: wrap it above, and count it here");
     fault_detail::sState.armed = true;
   }

@@ -16,6 +16,7 @@
 #include <string>
 
 #include "platform/FaultInjection.h"
+#include "platform/FullDisk.h"
 #include "support/TempFolder.h"
 
 using namespace vbu::literals;
@@ -242,64 +243,102 @@ TEST_P(Sweep, ReadAheadEndsCleanlyUnderEveryFault) { ReadAhead(false); }
 // block's stale bytes.
 TEST_P(Sweep, ReadAheadNeverDeliversTheBytesOfAFailedRead) { ReadAhead(true); }
 
+// A join with several transfers in flight on both legs (buffers of 32 KiB
+// in slots of 8 KiB; the second source takes five buffers), failed at every
+// call: every failed call of any kind with EIO, then a disk that fills up at
+// every write. After ConcatFile no transfer is under way, and every byte
+// that progress reported is in the destination.
 TEST_P(Sweep, ConcatFileKeepsWhatWasWrittenBeforeAFailure) {
-  // Buffers of 32 KiB, rounding to 16 bytes: the second source takes three
-  // reads and writes, and the first ends at 5008.
+  // Rounding to 16 bytes: the first source ends at 5008.
   const std::string first = Pattern(5000, 7);
-  const std::string second = Pattern(80000, 8);
+  const std::string second = Pattern(4 * 32768 + 14464, 8);
   WriteAll(dir.Bytes("first"), first);
   WriteAll(dir.Bytes("second"), second);
   const std::string firstOnDisc = first + std::string(8, '\0');
-  int runs = SweepSysCallFaults(kError, [&](StSysCallFaults& faults) {
-    faults.Pause();
+  // One run: joins both, the second under `arm`'s faults; gives true when a fault fired.
+  auto run = [&](int error, auto arm) {
     Reset();
     LeakProbe probe;
     Hearing hearing;
     int64_t offset = 0;
+    std::string what;
+    bool fired = false;
     {
       MFileUniv disc;
-      ASSERT_EQ(disc.FOpen(dir.Path("disc.iso"), MFile::file_overlapped_create), 0);
-      ASSERT_EQ(disc.ConcatInitialize(16, 0), 0);
+      EXPECT_EQ(disc.FOpen(dir.Path("disc.iso"), MFile::file_overlapped_create), 0);
+      EXPECT_EQ(disc.ConcatInitialize(16, 0), 0);
       bool cancelled = false;
       MString path = dir.Path("first");
-      ASSERT_EQ(disc.ConcatFile(path, 0, cancelled, 0), 0);
+      EXPECT_EQ(disc.ConcatFile(path, 0, cancelled, 0), 0);
       path = dir.Path("second");
-      faults.Resume();
-
-      long result = disc.ConcatFile(path, 0, cancelled, 0);
-      faults.Pause();
+      hearing.advanced = 0;
+      const std::size_t requests = vbu::platform::TransferRequestsInUse();
+      long result = arm([&] { return disc.ConcatFile(path, 0, cancelled, 0); }, &what, &fired);
+      EXPECT_EQ(vbu::platform::TransferRequestsInUse(), requests) << "a transfer outlived the call " << what;
       const OVERLAPPED& written = disc.GetConcatInfo().mWriteInfo.mOverlapped;
       offset = static_cast<int64_t>((uint64_t{written.OffsetHigh} << 32) | written.Offset);
       if (result == 0) {
-        EXPECT_EQ(offset, 5008 + 80000) << faults.Describe();
+        EXPECT_EQ(offset, 5008 + static_cast<int64_t>(second.size())) << what;
         EXPECT_TRUE(hearing.messages.empty());
       } else {
-        EXPECT_TRUE(faults.Fired());
+        EXPECT_TRUE(fired);
         // -1, or the code of a size that could not be had.
-        EXPECT_TRUE(result == -1 || result == kError) << result << " " << faults.Describe();
+        EXPECT_TRUE(result == -1 || result == kError) << result << " " << what;
         // At most the system's text for the failure, as an error.
-        ASSERT_LE(hearing.messages.size(), 1u) << faults.Describe();
+        EXPECT_LE(hearing.messages.size(), 1u) << what;
         if (!hearing.messages.empty()) {
-          EXPECT_EQ(hearing.messages[0], 26000);
-          EXPECT_EQ(hearing.texts[0], SystemText(kError));
+          EXPECT_EQ(hearing.messages[0], 26000) << what;
+          EXPECT_EQ(hearing.texts[0], SystemText(error)) << what;
         }
       }
-      faults.Resume();
+      // Progress counts whole buffers of 16 units, written in order.
+      if (offset < 5008 + static_cast<int64_t>(second.size())) {
+        EXPECT_EQ(hearing.advanced * 2048, offset - 5008) << what;
+      }
       disc.FClose();
-      faults.Pause();
     }
-    // What the run wrote before it stopped: the first source whole, then a
-    // whole-sector beginning of the second.
+    // What the run wrote before it stopped: the first source whole, then the
+    // beginning of the second that the offset and progress count.
     std::string image = ReadAll(dir.Bytes("disc.iso"));
-    ASSERT_GE(image.size(), 5008u) << faults.Describe();
-    EXPECT_TRUE(image.substr(0, 5008) == firstOnDisc) << faults.Describe();
-    ASSERT_GE(static_cast<int64_t>(image.size()), offset) << faults.Describe();
+    EXPECT_GE(image.size(), 5008u) << what;
+    EXPECT_TRUE(image.substr(0, 5008) == firstOnDisc) << what;
+    EXPECT_GE(static_cast<int64_t>(image.size()), offset) << what;
     EXPECT_TRUE(image.substr(5008, static_cast<std::size_t>(offset - 5008)) == second.substr(0, offset - 5008))
-        << faults.Describe();
-    ExpectNothingLeaked(faults, probe);
+        << what;
+    EXPECT_TRUE(probe.Clean()) << what << probe.Describe();
+    return fired;
+  };
+
+  int runs = SweepSysCallFaults(kError, [&](StSysCallFaults& faults) {
+    faults.Pause();
+    run(kError, [&](auto join, std::string* what, bool* fired) {
+      faults.Resume();
+      long result = join();
+      faults.Pause();
+      *what = faults.Describe();
+      *fired = faults.Fired();
+      if (result == -1 && !faults.Fired()) ADD_FAILURE() << "failed untouched";
+      return result;
+    });
+    EXPECT_EQ(faults.LivePageBlocks(), 0) << faults.Describe();
+    EXPECT_EQ(faults.LiveHeapBlocks(), 0) << faults.Describe();
   });
   EXPECT_LT(runs, kLimit);
-  EXPECT_GT(runs, 6);
+  EXPECT_GT(runs, 20);
+
+  // The disk's own refusal reaches the table only on the layer's threads.
+  if (GetParam() != vbu::TransferRoute::kThreads) return;
+  int writes = 1;
+  for (bool fired = true; fired && writes < kLimit; ++writes) {
+    fired = run(ENOSPC, [&](auto join, std::string* what, bool* failed) {
+      StFailWritesFrom full(writes, ENOSPC);
+      long result = join();
+      *what = "writes full from the " + std::to_string(writes) + "th";
+      *failed = full.Tripped();
+      return result;
+    });
+  }
+  EXPECT_GT(writes, 10) << "every write of the join was failed in turn";
 }
 
 // The helper itself: one counter across entries, once or from then on.

@@ -12,6 +12,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <vector>
 
 #include "platform/FaultInjection.h"
@@ -24,28 +26,31 @@ namespace {
 
 constexpr long kBuffer = 4194304;
 
-// Fails the `n`th call (1 = the next) of pread or pwrite with `error`; the others go through.
+// Fails the first call of pread or pwrite at or past `offset` with `error`
+// (the transfers of a join run in parallel, so their order is not the count's).
 class StFailTransfer : public StSysCallTable {
  public:
-  StFailTransfer(bool write, int n, int error) {
-    sCountdown = n;
+  StFailTransfer(bool write, int64_t offset, int error) {
+    sOffset = offset;
     sError = error;
+    sFired = false;
     if (write) {
-      vp::Sys().pwrite = [](int fd, const void* buffer, std::size_t count, int64_t offset) -> long {
-        if (--sCountdown == 0) return errno = sError, -1;
-        return vp::DefaultSysCalls().pwrite(fd, buffer, count, offset);
+      vp::Sys().pwrite = [](int fd, const void* buffer, std::size_t count, int64_t at) -> long {
+        if (at >= sOffset && !sFired.exchange(true)) return errno = sError, -1;
+        return vp::DefaultSysCalls().pwrite(fd, buffer, count, at);
       };
     } else {
-      vp::Sys().pread = [](int fd, void* buffer, std::size_t count, int64_t offset) -> long {
-        if (--sCountdown == 0) return errno = sError, -1;
-        return vp::DefaultSysCalls().pread(fd, buffer, count, offset);
+      vp::Sys().pread = [](int fd, void* buffer, std::size_t count, int64_t at) -> long {
+        if (at >= sOffset && !sFired.exchange(true)) return errno = sError, -1;
+        return vp::DefaultSysCalls().pread(fd, buffer, count, at);
       };
     }
   }
 
  private:
-  static inline std::atomic<int> sCountdown{0};
+  static inline int64_t sOffset = 0;
   static inline int sError = 0;
+  static inline std::atomic<bool> sFired{false};
 };
 
 class JoinFaults : public ::testing::Test {
@@ -85,7 +90,7 @@ std::u16string SystemText(int error) {
 TEST_F(JoinFaults, ASourceThatCannotBeReadStopsTheJoinWithTheSystemsText) {
   Hearing hearing;
   {
-    StFailTransfer fail(false, 2, EIO);  // the second read of the second source
+    StFailTransfer fail(false, kBuffer, EIO);  // the second buffer of the second source
     EXPECT_EQ(Join("second"), -1);
   }
   ASSERT_EQ(hearing.messages, std::vector<long>{26000});
@@ -100,7 +105,7 @@ TEST_F(JoinFaults, ASourceThatCannotBeReadStopsTheJoinWithTheSystemsText) {
 TEST_F(JoinFaults, AFullDiskStopsTheJoinAndKeepsWhatWasWritten) {
   Hearing hearing;
   {
-    StFailTransfer fail(true, 2, ENOSPC);
+    StFailTransfer fail(true, 6144 + kBuffer, ENOSPC);  // the second buffer's writes
     EXPECT_EQ(Join("second"), -1);
   }
   ASSERT_EQ(hearing.messages, std::vector<long>{26000});
@@ -248,4 +253,68 @@ TEST(FileFaults, AFailedCloseLetsTheNumberGo) {
     EXPECT_EQ(closed, std::vector<int>{number}) << mode;
     closed.clear();
   }
+}
+
+// Offsets, sizes and progress past 4 GiB: a sparse source of 5 GiB and a
+// little more, joined behind a small one. Only windows are compared: the
+// start, both sides of 4 GiB in the source and in the destination, and the
+// end with its padding. Once, on the system's queue by default (the other routes run the
+// same code with the smaller files of the engine's own tests).
+TEST(LargeJoin, ASourcePastFourGiBIsJoinedWhole) {
+  TempFolder dir;
+  MFileUniv destination;
+  ASSERT_EQ(destination.FOpen(dir.Path("disc.iso"), MFile::file_overlapped_create), 0);
+  ASSERT_EQ(destination.ConcatInitialize(2048, 0), 0);
+  bool cancelled = false;
+  const std::string small = Pattern(5000, 15);
+  WriteAll(dir.Bytes("small"), small);
+  ASSERT_EQ(destination.ConcatFile(dir.Path("small"), 0, cancelled, 0), 0);
+  constexpr uint64_t kGiB = uint64_t{1} << 30;
+  constexpr uint64_t kSize = 5 * kGiB + 1000;
+  constexpr uint64_t kFirst = 6144;  // the small source, padded
+  const std::string big = dir.Bytes("big.vob");
+  // Windows of the source that hold data; the rest is holes, read as zeros.
+  const std::vector<std::pair<uint64_t, std::string>> windows = {
+      {0, Pattern(8192, 11)},
+      {4 * kGiB - kFirst - 4096, Pattern(8192, 12)},   // across 4 GiB of the destination
+      {4 * kGiB - 1000, Pattern(2000, 13)},            // across 4 GiB of the source
+      {kSize - 5000, Pattern(5000, 14)},               // the end
+  };
+  {
+    std::ofstream out(big, std::ios::binary);
+    for (const auto& [at, bytes] : windows) {
+      out.seekp(static_cast<std::streamoff>(at));
+      out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    }
+    ASSERT_TRUE(out.good());
+  }
+  ASSERT_EQ(std::filesystem::file_size(big), kSize);
+  Hearing hearing;
+  MString path = dir.Path("big.vob");
+  ASSERT_EQ(destination.ConcatFile(path, 0, cancelled, 0), 0);
+  const OVERLAPPED& written = destination.GetConcatInfo().mWriteInfo.mOverlapped;
+  const uint64_t rounded = (kSize + 2047) / 2048 * 2048;
+  EXPECT_EQ((uint64_t{written.OffsetHigh} << 32) | written.Offset, kFirst + rounded);
+  EXPECT_EQ(destination.GetConcatInfo().mBytesWritten, rounded);
+  EXPECT_EQ(static_cast<uint64_t>(hearing.advanced) * 2048, rounded) << "progress counts every unit";
+  ASSERT_EQ(destination.FClose(), 0);
+
+  std::ifstream disc(dir.Bytes("disc.iso"), std::ios::binary);
+  auto at = [&](uint64_t offset, std::size_t count) {
+    std::string bytes(count, '\0');
+    disc.seekg(static_cast<std::streamoff>(offset));
+    disc.read(bytes.data(), static_cast<std::streamsize>(count));
+    return bytes;
+  };
+  EXPECT_TRUE(at(0, kFirst) == small + std::string(kFirst - 5000, '\0'));
+  for (const auto& [offset, bytes] : windows) {
+    SCOPED_TRACE(offset);
+    // A window, with a stretch of the holes around it where there is one.
+    const uint64_t before = offset == 0 ? 0 : 1024;
+    const uint64_t after = offset + bytes.size() == kSize ? 0 : 1024;
+    std::string expected = std::string(before, '\0') + bytes + std::string(after, '\0');
+    EXPECT_TRUE(at(kFirst + offset - before, expected.size()) == expected);
+  }
+  EXPECT_EQ(at(kFirst + kSize, rounded - kSize), std::string(rounded - kSize, '\0')) << "padded to the sector";
+  EXPECT_EQ(std::filesystem::file_size(dir.Bytes("disc.iso")), kFirst + rounded);
 }
