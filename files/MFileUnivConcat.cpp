@@ -135,7 +135,7 @@ class MFileUniv::ConcatPipeline {
     for (;;) {
       // Counted pieces free their slots for the reads; writes go first, as
       // they empty the slots that the reads fill.
-      Collect();
+      Collect(cancelled);
       if (!mStopping) {
         StartWrites(cancelled);
         if (!mReadsStopped) StartReads();
@@ -276,8 +276,10 @@ class MFileUniv::ConcatPipeline {
   }
 
   // Counts the pieces whose writes have all ended whole, in order, and
-  // frees their slots for the reads.
-  void Collect() {
+  // frees their slots for the reads. A cancellation heard with a piece's
+  // progress lets at most the next piece be written, as with one write in
+  // flight: if its writes are under way already, nothing more starts.
+  void Collect(const bool& cancelled) {
     while (mCollectPiece < mWritePiece) {
       const int parts = PartsOf(mCollectPiece);
       uint64_t bytes = 0;
@@ -290,6 +292,7 @@ class MFileUniv::ConcatPipeline {
       ++mCollectPiece;
       mInfo.mWriteInfo.mBytes = static_cast<uint32_t>(bytes);
       mFile.ConcatCollectWrite(&mInfo, true);
+      if (cancelled && mWritePiece > mCollectPiece) mStopping = true;
     }
   }
 
