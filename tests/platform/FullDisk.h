@@ -10,6 +10,7 @@
 //   }
 #pragma once
 
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
@@ -32,18 +33,19 @@ class StFailWritesFrom : public StSysCallTable {
     };
   }
   // True once a write has been failed: the sweep has not run past the end.
-  bool Tripped() const { return sTripped; }
+  bool Tripped() const { return sTripped.load(); }
 
  private:
   static bool Fails() {
-    if (--sCountdown > 0) return false;
+    // Writes come from several transfer threads at once.
+    if (sCountdown.fetch_sub(1) > 1) return false;
     sTripped = true;
     errno = sError;
     return true;
   }
 
   static inline vbu::platform::SysCalls sSaved{};
-  static inline int sCountdown = 0;
+  static inline std::atomic<int> sCountdown{0};
   static inline int sError = 0;
-  static inline bool sTripped = false;
+  static inline std::atomic<bool> sTripped{false};
 };
