@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "support/TempFolder.h"
+#include "TaskProbe.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -17,6 +18,8 @@
 #include <vector>
 
 namespace {
+
+using taskprobe::Gate;
 
 unsigned long Self() { return MThreadQueue::CurrentThreadId(); }
 
@@ -58,22 +61,6 @@ struct Road {
   }
 };
 
-// A door that a worker waits at, for at most ten seconds.
-struct Gate {
-  std::mutex mutex;
-  std::condition_variable changed;
-  bool open = false;
-  void Open() {
-    std::lock_guard<std::mutex> lock(mutex);
-    open = true;
-    changed.notify_all();
-  }
-  bool Wait() {
-    std::unique_lock<std::mutex> lock(mutex);
-    return changed.wait_for(lock, std::chrono::seconds(10), [&] { return open; });
-  }
-};
-
 // A worker task that joins whole sources into an MFiles destination; a
 // source that does not fit in the open segment starts a new one.
 class JoinJob : public CBrevanderThread {
@@ -90,7 +77,7 @@ class JoinJob : public CBrevanderThread {
 
   void RunSelf() override {
     mRoad.Note(mName + ".RunSelf");
-    if (mGate && !mGate->Wait()) return;
+    if (mGate && !mGate->WaitOpen()) return;
     MFiles destination;
     destination.SetMaxFileSize(mLimit);
     if (destination.FOpen(mDestination, MFile::file_overlapped_create) != 0 ||
