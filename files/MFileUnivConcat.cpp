@@ -26,7 +26,7 @@ constexpr uint32_t kNoCode = 0xFFFFFFFFu;  // a failure with no code of its own
 // Transfers that each buffer's read and write is split into. Measured with
 // bench/files_concat_bench (see the commit that set it): fewer leave the
 // device idle between requests, more gain nothing.
-constexpr uint32_t kTransfersPerBuffer = 4;
+constexpr uint32_t kTransfersPerBuffer = 8;
 // The offsets and lengths of direct transfers are whole multiples of this
 // (the largest sector of today's disks), so that splitting a buffer never
 // turns the destination away from direct transfers.
@@ -98,14 +98,14 @@ long MFileUniv::ConcatInitialize(long sectorSize, long long startOffset) {
   return 0;
 }
 
-// One ConcatFile's transfers. Each buffer is split into a few slots that
-// are read and written as transfers of their own, so that several requests
-// are in flight on both legs and the device never waits for one of them.
-// Slots are read and written in the order of the file; a buffer's worth of
-// source is a piece, and a piece is counted (offset, progress) once all of
-// its writes have ended, in the order of the pieces. A slot is read again
-// once its piece has been counted. Memory: the two buffers and the slots'
-// records, whatever the size of the source.
+// One ConcatFile's transfers. The two buffers are one ring of slots, each
+// read and written as a transfer of its own, so that several requests are
+// in flight on both legs and the device never waits for one of them. Slots
+// are read, written and counted in the order of the file; a slot is read
+// again as soon as its write has been counted. A buffer's worth of source is
+// a piece: its progress (offset, one message) goes out once all its slots
+// are written, in the order of the pieces. Memory: the two buffers and the
+// slots' records, whatever the size of the source.
 class MFileUniv::ConcatPipeline {
  public:
   ConcatPipeline(MFileUniv& file, ConcatInfo& info)
@@ -113,7 +113,8 @@ class MFileUniv::ConcatPipeline {
         mInfo(info),
         mBufferBytes(static_cast<uint64_t>(info.mBufferSize)),
         mSlotBytes(SlotBytes(static_cast<uint32_t>(info.mBufferSize))),
-        mSlotsPerBuffer(static_cast<int>(static_cast<uint32_t>(info.mBufferSize) / mSlotBytes)),
+        mSlotsPerBuffer(static_cast<uint32_t>(info.mBufferSize) / mSlotBytes),
+        mParts((info.mSourceSize + mSlotBytes - 1) / mSlotBytes),
         mPieces((info.mSourceSize + mBufferBytes - 1) / mBufferBytes),
         mWriteBase(static_cast<uint64_t>(vp::GetOffset(info.mWriteInfo.mOverlapped))),
         mReservedEnd(mWriteBase) {
@@ -133,8 +134,8 @@ class MFileUniv::ConcatPipeline {
   bool Run(const bool& cancelled) {
     bool waitFailed = false;
     for (;;) {
-      // Counted pieces free their slots for the reads; writes go first, as
-      // they empty the slots that the reads fill.
+      // Counted slots are free for the reads; writes go first, as they
+      // empty the slots that the reads fill.
       Collect(cancelled);
       if (!mStopping) {
         StartWrites(cancelled);
@@ -153,7 +154,7 @@ class MFileUniv::ConcatPipeline {
       }
       TakeEnds();
     }
-    const bool whole = !waitFailed && mInfo.mErrorCode == 0 && mCollectPiece == mPieces;
+    const bool whole = !waitFailed && mInfo.mErrorCode == 0 && mCollectPart == mParts;
     // Space taken ahead and never written goes back: the file ends where its
     // counted bytes do, as if it had grown with the writes.
     const uint64_t end = std::max(mSizeBefore, static_cast<uint64_t>(vp::GetOffset(mInfo.mWriteInfo.mOverlapped)));
@@ -169,7 +170,7 @@ class MFileUniv::ConcatPipeline {
     ConcatCallbackInfo record{};  // mBytes: kPending until the transfer ends
     State state = State::kFree;
     uint32_t count = 0;           // bytes of the transfer under way or last ended
-    uint64_t piece = 0;           // the piece it belongs to
+    uint64_t part = 0;            // the part of the source it holds
   };
   static constexpr uint32_t kPending = 0xFFFFFFFFu;  // no transfer is that long
 
@@ -183,33 +184,38 @@ class MFileUniv::ConcatPipeline {
     return bufferBytes;
   }
 
-  Slot& SlotOf(uint64_t piece, int part) { return mSlots[static_cast<std::size_t>((piece % 2) * mSlotsPerBuffer + part)]; }
-  char* MemoryOf(uint64_t piece, int part) {
-    return (piece % 2 == 0 ? mInfo.mBufferOne : mInfo.mBufferTwo) + static_cast<std::size_t>(part) * mSlotBytes;
+  // Part `part` of the source (mSlotBytes each, the last one short) lives in
+  // slot part % (2 * mSlotsPerBuffer): the first buffer, then the second.
+  Slot& SlotOf(uint64_t part) { return mSlots[static_cast<std::size_t>(part % (2 * mSlotsPerBuffer))]; }
+  char* MemoryOf(uint64_t part) {
+    const auto slot = static_cast<uint32_t>(part % (2 * mSlotsPerBuffer));
+    return (slot < mSlotsPerBuffer ? mInfo.mBufferOne : mInfo.mBufferTwo) +
+           static_cast<std::size_t>(slot % mSlotsPerBuffer) * mSlotBytes;
   }
-  // Bytes of the source in `piece`, and the parts they take.
-  uint64_t PieceBytes(uint64_t piece) const { return std::min(mBufferBytes, mInfo.mSourceSize - piece * mBufferBytes); }
-  int PartsOf(uint64_t piece) const { return static_cast<int>((PieceBytes(piece) + mSlotBytes - 1) / mSlotBytes); }
-  uint64_t SourceOffset(uint64_t piece, int part) const { return piece * mBufferBytes + uint64_t{mSlotBytes} * part; }
+  uint64_t PieceOf(uint64_t part) const { return part / mSlotsPerBuffer; }
+  bool EndsPiece(uint64_t part) const { return (part + 1) % mSlotsPerBuffer == 0 || part + 1 == mParts; }
+  uint64_t SourceOffset(uint64_t part) const { return part * mSlotBytes; }
 
   void Fail(uint32_t code) {
     if (mInfo.mErrorCode == 0) mInfo.mErrorCode = code;
     mStopping = true;
   }
-  // A read of `piece` failed: nothing more is read, and what was read whole
-  // before that piece is still written.
-  void FailRead(uint32_t code, uint64_t piece) {
+  // A read of `part` failed: nothing more is read, and the pieces read
+  // whole before that part's piece are still written.
+  void FailRead(uint32_t code, uint64_t part) {
     if (mInfo.mErrorCode == 0) mInfo.mErrorCode = code;
     mReadsStopped = true;
-    mWriteLimit = std::min(mWriteLimit, piece);
+    mWriteLimit = std::min(mWriteLimit, PieceOf(part) * mSlotsPerBuffer);
   }
 
-  void Start(Slot& slot, uint64_t piece, bool write, char* memory, uint32_t count, uint64_t offset) {
+  // Starts the read or write of `part`; on failure the slot stays free.
+  void Start(uint64_t part, bool write, char* memory, uint32_t count, uint64_t offset) {
+    Slot& slot = SlotOf(part);
     vp::SetOffset(slot.record.mOverlapped, static_cast<int64_t>(offset));
     slot.record.mError = 0;
     slot.record.mBytes = kPending;
     slot.count = count;
-    slot.piece = piece;
+    slot.part = part;
     uint32_t error = 0;
     if (write) {
       error = mFile.ConcatStart(&mInfo, &slot.record, true, memory, count);
@@ -219,7 +225,7 @@ class MFileUniv::ConcatPipeline {
     }
     if (error != 0) {
       slot.state = State::kFree;
-      write ? Fail(error) : FailRead(error, piece);
+      write ? Fail(error) : FailRead(error, part);
       return;
     }
     slot.state = write ? State::kWriting : State::kReading;
@@ -227,25 +233,21 @@ class MFileUniv::ConcatPipeline {
   }
 
   void StartReads() {
-    while (!mStopping && !mReadsStopped && mReadPiece < mPieces && SlotOf(mReadPiece, mReadPart).state == State::kFree) {
-      const uint64_t offset = SourceOffset(mReadPiece, mReadPart);
+    for (; !mStopping && !mReadsStopped && mReadPart < mParts && SlotOf(mReadPart).state == State::kFree; ++mReadPart) {
+      const uint64_t offset = SourceOffset(mReadPart);
       const auto count = static_cast<uint32_t>(std::min<uint64_t>(mSlotBytes, mInfo.mSourceSize - offset));
-      mInfo.mReadBuffer = MemoryOf(mReadPiece, mReadPart);
+      mInfo.mReadBuffer = MemoryOf(mReadPart);
       mInfo.mBytesToRead = count;
-      Start(SlotOf(mReadPiece, mReadPart), mReadPiece, false, mInfo.mReadBuffer, count, offset);
-      if (++mReadPart == PartsOf(mReadPiece)) {
-        mReadPart = 0;
-        ++mReadPiece;
-      }
+      Start(mReadPart, false, mInfo.mReadBuffer, count, offset);
     }
   }
 
-  // Takes the destination's space for `piece` and a step beyond, once the
-  // writes come near. Only a help: where the file system cannot, the
-  // writes grow the file as they go.
-  void Reserve(uint64_t piece) {
+  // Takes the destination's space for `part`'s piece and a step beyond,
+  // once the writes come near. Only a help: where the file system cannot,
+  // the writes grow the file as they go.
+  void Reserve(uint64_t part) {
     const uint64_t end = mWriteBase + mInfo.mRoundedSize;
-    const uint64_t pieceEnd = std::min(end, mWriteBase + (piece + 1) * mBufferBytes);
+    const uint64_t pieceEnd = std::min(end, mWriteBase + (PieceOf(part) + 1) * mBufferBytes);
     if (!mReserving || pieceEnd <= mReservedEnd) return;
     const uint64_t to = std::min(end, pieceEnd + kReserveStep);
     if (vp::ReserveHandleSpace(mInfo.mDestination, static_cast<int64_t>(mReservedEnd),
@@ -259,40 +261,32 @@ class MFileUniv::ConcatPipeline {
   // Writes what has been read, in order. The flag is read once the writes
   // of a whole piece are under way.
   void StartWrites(const bool& cancelled) {
-    while (!mStopping && mWritePiece < mWriteLimit && SlotOf(mWritePiece, mWritePart).state == State::kFull) {
-      Slot& slot = SlotOf(mWritePiece, mWritePart);
-      if (mWritePart == 0) Reserve(mWritePiece);
-      const uint64_t offset = SourceOffset(mWritePiece, mWritePart);
-      mInfo.mWriteBuffer = MemoryOf(mWritePiece, mWritePart);
+    for (; !mStopping && mWritePart < mWriteLimit && SlotOf(mWritePart).state == State::kFull; ++mWritePart) {
+      Reserve(mWritePart);
+      const uint64_t offset = SourceOffset(mWritePart);
+      mInfo.mWriteBuffer = MemoryOf(mWritePart);
       // The source's last part: zeros up to the sector boundary.
-      mInfo.mBytesToWrite = PadToSector(mInfo, mInfo.mWriteBuffer, offset, slot.count);
-      Start(slot, mWritePiece, true, mInfo.mWriteBuffer, mInfo.mBytesToWrite, mWriteBase + offset);
-      if (++mWritePart == PartsOf(mWritePiece)) {
-        mWritePart = 0;
-        ++mWritePiece;
-        if (cancelled) mStopping = true;
-      }
+      mInfo.mBytesToWrite = PadToSector(mInfo, mInfo.mWriteBuffer, offset, SlotOf(mWritePart).count);
+      Start(mWritePart, true, mInfo.mWriteBuffer, mInfo.mBytesToWrite, mWriteBase + offset);
+      if (EndsPiece(mWritePart) && cancelled) mStopping = true;
     }
   }
 
-  // Counts the pieces whose writes have all ended whole, in order, and
-  // frees their slots for the reads. A cancellation heard with a piece's
-  // progress lets at most the next piece be written, as with one write in
-  // flight: if its writes are under way already, nothing more starts.
+  // Counts the slots whose writes have ended whole, in order, and frees
+  // them for the reads; a piece's progress goes out with its last slot. A
+  // cancellation heard with a piece's progress lets at most the next piece
+  // be written, as with one write in flight: if its writes are under way
+  // already, nothing more starts.
   void Collect(const bool& cancelled) {
-    while (mCollectPiece < mWritePiece) {
-      const int parts = PartsOf(mCollectPiece);
-      uint64_t bytes = 0;
-      for (int part = 0; part < parts; ++part) {
-        const Slot& slot = SlotOf(mCollectPiece, part);
-        if (slot.state != State::kWritten) return;
-        bytes += slot.count;
-      }
-      for (int part = 0; part < parts; ++part) SlotOf(mCollectPiece, part).state = State::kFree;
-      ++mCollectPiece;
-      mInfo.mWriteInfo.mBytes = static_cast<uint32_t>(bytes);
+    for (; mCollectPart < mWritePart && SlotOf(mCollectPart).state == State::kWritten; ++mCollectPart) {
+      Slot& slot = SlotOf(mCollectPart);
+      slot.state = State::kFree;
+      mPieceWritten += slot.count;
+      if (!EndsPiece(mCollectPart)) continue;
+      mInfo.mWriteInfo.mBytes = mPieceWritten;
+      mPieceWritten = 0;
       mFile.ConcatCollectWrite(&mInfo, true);
-      if (cancelled && mWritePiece > mCollectPiece) mStopping = true;
+      if (cancelled && mWritePart >= std::min(mParts, (PieceOf(mCollectPart) + 2) * mSlotsPerBuffer)) mStopping = true;
     }
   }
 
@@ -316,7 +310,7 @@ class MFileUniv::ConcatPipeline {
       --(reading ? mReadsInFlight : mWritesInFlight);
       if (slot.record.mBytes != slot.count) {
         slot.state = State::kFailed;
-        reading ? FailRead(FailureCode(slot.record), slot.piece) : Fail(FailureCode(slot.record));
+        reading ? FailRead(FailureCode(slot.record), slot.part) : Fail(FailureCode(slot.record));
       } else if (reading) {
         slot.state = State::kFull;
         mInfo.mBytesLeftToRead -= slot.count;
@@ -325,23 +319,23 @@ class MFileUniv::ConcatPipeline {
       }
     }
   }
-
   MFileUniv& mFile;
   ConcatInfo& mInfo;
   const uint64_t mBufferBytes;
   const uint32_t mSlotBytes;
-  const int mSlotsPerBuffer;
+  const uint32_t mSlotsPerBuffer;
+  const uint64_t mParts;      // slots' worth of the source, the last one short
   const uint64_t mPieces;     // buffers' worth of the source, the last one short
   const uint64_t mWriteBase;  // where the source's first byte goes
   MEvent mEnded{false};       // signalled by the routine of every slot
   std::array<Slot, 2 * kTransfersPerBuffer> mSlots{};
-  uint64_t mReadPiece = 0, mWritePiece = 0, mCollectPiece = 0;
-  int mReadPart = 0, mWritePart = 0;
+  uint64_t mReadPart = 0, mWritePart = 0, mCollectPart = 0;  // the next part to read, write, count
+  uint32_t mPieceWritten = 0;  // bytes counted of the piece being collected
   int mReadsInFlight = 0, mWritesInFlight = 0;
   uint64_t mReservedEnd;                    // the destination's space taken up to here
   uint64_t mSizeBefore = kUnknownSize;      // the destination's size when the call began
   bool mReserving = true;                   // false once the file system refused
-  uint64_t mWriteLimit = mPieces;  // pieces that may be written: before a failed read
+  uint64_t mWriteLimit = mParts;   // parts that may be written: those before a failed read's piece
   bool mReadsStopped = false;      // a read failed: start no more reads
   bool mStopping = false;          // a write failed, or the cancellation: start nothing more
 };

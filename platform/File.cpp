@@ -51,6 +51,9 @@ namespace vbu::platform {
 namespace {
 
 constexpr uint32_t kSector = 2048;
+// A file read in sequence through the cache keeps this much behind the
+// reads in memory: pieces still being read, and a little more for a look back.
+constexpr int64_t kSequentialKeptBehind = int64_t{8} << 20;
 
 // What the layer keeps of each open descriptor, beyond what the system
 // keeps: whether it is in text mode; for handles, the direct-transfer
@@ -392,11 +395,21 @@ uint32_t StartHandleTransfer(intptr_t handle, bool write, void* buffer, uint32_t
     Descriptors::Get().Set(fd, traits);
   }
   uint32_t error = StartTransfer(fd, write, buffer, count, overlapped, routine);
-  // A file read from start to end through the cache: have the system fetch
-  // the next piece while this one is on its way, so the disk never waits
-  // for the caller.
+  // A file read once from start to end through the cache: have the system
+  // fetch the next piece while this one is on its way, so the disk never
+  // waits for the caller, and give back the pages of a piece read well
+  // before, so that reading gigabytes neither pushes everything else out of
+  // memory nor waits for fresh pages.
   if (error == 0 && !write && traits.memoryAlignment == 0 && traits.sequential && overlapped) {
-    os::AdviseWillNeed(fd, GetOffset(*overlapped) + count, count);
+    const int64_t offset = GetOffset(*overlapped);
+    os::AdviseWillNeed(fd, offset + count, count);
+    // The span given back overlaps the last ones: the cache holds pages in
+    // folios of up to a few MiB, and only a folio wholly inside goes.
+    const int64_t keptFrom = offset - kSequentialKeptBehind;
+    if (keptFrom > 0) {
+      const int64_t from = std::max<int64_t>(0, keptFrom - kSequentialKeptBehind);
+      os::AdviseDone(fd, from, keptFrom - from);
+    }
   }
   return error;
 }
@@ -410,6 +423,9 @@ void CancelHandleTransfers(intptr_t handle) { CancelTransfers(HandleDescriptor(h
 uint32_t FlushHandle(intptr_t handle) { return os::Flush(HandleDescriptor(handle)); }
 
 uint32_t CloseHandle(intptr_t handle) {
+  // A file read once in sequence gives back the rest of its pages too.
+  const Traits traits = Descriptors::Get().Find(HandleDescriptor(handle));
+  if (traits.sequential && traits.memoryAlignment == 0) os::AdviseDone(HandleDescriptor(handle), 0, 0);
   Descriptors::Get().Set(HandleDescriptor(handle), Traits{});
   return os::Close(HandleDescriptor(handle));
 }

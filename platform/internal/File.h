@@ -81,9 +81,10 @@ struct HandleOptions {
   // the file system cannot do that (no direct transfers, or a coarser
   // alignment than the sector), the handle quietly goes through the cache.
   bool unbuffered = false;
-  // The file is read from start to end: reads through the cache then have
-  // the system fetch the next piece of the same length while the caller
-  // works on this one.
+  // The file is read once from start to end: reads through the cache then
+  // have the system fetch the next piece of the same length while the
+  // caller works on this one, and the pages of what was read well before
+  // (all of them at the close) go back to the system.
   bool sequential = false;
 };
 
