@@ -4,6 +4,7 @@
 
 #include "containers/UMemUtils.h"
 #include "files/MFileUniv.h"
+#include "platform/internal/AsyncIO.h"
 #include "platform/internal/File.h"
 #include "platform/internal/Memory.h"
 
@@ -17,6 +18,8 @@ constexpr int kLeadRoom = 2048;
 constexpr int kBlockExtra = 4096;
 // Waits for a read are limited to two minutes.
 constexpr unsigned long kReadSeconds = 120;
+// WaitRead: a part has still to end.
+constexpr int kStillReading = 1;
 
 char* DataOf(char* block) { return block + kLeadRoom; }
 
@@ -43,21 +46,41 @@ AsyncReadBuffer::AsyncReadBuffer()
       mEvent(false),
       mReadPending(false),
       mPendingBytes(0),
-      mOverlappedRecord{} {}
+      mOverlappedRecord{},
+      mPartRecords{},
+      mAheadStarted(false),
+      mAheadBytes(0) {}
 
 AsyncReadBuffer::~AsyncReadBuffer() {
   FinishPendingRead();
   FreeBlocks();
 }
 
+OVERLAPPED* AsyncReadBuffer::PartRecord(int block, int part) {
+  return block == 0 && part == 0 ? &mOverlappedRecord : &mPartRecords[block * kReadParts + part - 1];
+}
+
+MEvent* AsyncReadBuffer::PartEvent(int block, int part) {
+  return block == 0 && part == 0 ? &mEvent : &mPartEvents[block * kReadParts + part - 1];
+}
+
 void AsyncReadBuffer::FinishPendingRead() {
-  // A read that was started (mPendingBytes > 0) writes into its block until
-  // it ends: no block may be reused or freed before. Its event is then reset,
-  // so that the next wait waits for the next read, not for this one.
-  if (mReadPending && mPendingBytes > 0) mEvent.Wait(kWaitForever);
-  mEvent.Reset();
+  EndRead(0);
+  EndRead(1);
+  mAheadStarted = false;
+  mAheadBytes = 0;
   mReadPending = false;
   mPendingBytes = 0;
+}
+
+void AsyncReadBuffer::EndRead(int block) {
+  // A part that was started writes into its block until it ends: no block
+  // may be reused or freed before. The events are then reset, so that the
+  // next wait waits for the next read, not for this one.
+  BlockRead& read = mReads[block];
+  for (int part = read.ended; part < read.started; ++part) PartEvent(block, part)->Wait(kWaitForever);
+  for (int part = 0; part < kReadParts; ++part) PartEvent(block, part)->Reset();
+  read = BlockRead{};
 }
 
 void AsyncReadBuffer::FreeBlocks() {
@@ -66,9 +89,37 @@ void AsyncReadBuffer::FreeBlocks() {
   mBlockA = mBlockB = mCurrentBlock = nullptr;
 }
 
-uint32_t AsyncReadBuffer::StartRead(long long offset, int count) {
-  char* other = mCurrentBlock == mBlockA ? mBlockB : mBlockA;
-  return mFile->FReadOverlapped(offset, DataOf(other), count, &mOverlappedRecord, &mEvent);
+uint32_t AsyncReadBuffer::StartRead(int block, long long offset, int count) {
+  // Parts start on sector boundaries; a read that does not stays whole.
+  const auto partBytes = static_cast<int>(
+      offset % MFileUniv::kSectorSize == 0 ? vp::TransferPartBytes(static_cast<uint32_t>(mBlockSize), kReadParts)
+                                           : static_cast<uint32_t>(mBlockSize));
+  BlockRead& read = mReads[block];
+  read = BlockRead{};
+  read.needed = std::max(1, (count + partBytes - 1) / partBytes);
+  for (int part = 0; part < read.needed; ++part) {
+    const int done = part * partBytes;
+    if (uint32_t error = mFile->FReadOverlapped(offset + done, DataOf(BlockOf(block)) + done,
+                                                std::min(partBytes, count - done), PartRecord(block, part),
+                                                PartEvent(block, part))) {
+      return error;
+    }
+    ++read.started;
+  }
+  return 0;
+}
+
+int AsyncReadBuffer::WaitRead(int block, unsigned long seconds) {
+  BlockRead& read = mReads[block];
+  for (; read.ended < read.needed; ++read.ended) {
+    // A part that never started is waited for like the others: nobody
+    // signals it, so the wait runs out.
+    if (MFileUniv::FWaitOverlappedCompletion(PartEvent(block, read.ended), seconds) != kWaitObject0) {
+      return kStillReading;
+    }
+    read.failed = read.failed || ReadFailed(*PartRecord(block, read.ended));
+  }
+  return read.failed ? -1 : 0;
 }
 
 int AsyncReadBuffer::InitReadBuffer(MFileUniv* file, long long offset, int blockSize, int /*reserved*/) {
@@ -94,26 +145,22 @@ int AsyncReadBuffer::InitReadBuffer(MFileUniv* file, long long offset, int block
   if (mRemaining <= 0) return kNothingToRead;
 
   const int first = static_cast<int>(std::min<long long>(mRemaining, blockSize));
-  bool failed = file->FReadOverlapped(offset, DataOf(mBlockA), first, &mOverlappedRecord, &mEvent) != 0;
-  if (!failed && MFileUniv::FWaitOverlappedCompletion(&mEvent, kReadSeconds) != 0) {
-    // Timed out: the blocks go only once the system is done with block A.
-    mEvent.Wait(kWaitForever);
-    mEvent.Reset();
-    failed = true;
-  }
-  failed = failed || ReadFailed(mOverlappedRecord);
+  bool failed = StartRead(0, offset, first) != 0 || WaitRead(0, kReadSeconds) != 0;
+  // After a failure or a time-out the blocks go only once the system is done with block A.
+  EndRead(0);
   if (!failed) {
     mValidBytes = first;
     mRemaining -= first;
     mBlockOffset = offset;
     if (mRemaining == 0) return 0;
     const int next = static_cast<int>(std::min<long long>(mRemaining, blockSize));
-    if (StartRead(offset + first, next) == 0) {
+    if (StartRead(1, offset + first, next) == 0) {
       mReadPending = true;
       mPendingBytes = next;
       return 0;
     }
   }
+  FinishPendingRead();  // the parts of a read that started only in part
   FreeBlocks();
   return kReadFailed;
 }
@@ -121,27 +168,43 @@ int AsyncReadBuffer::InitReadBuffer(MFileUniv* file, long long offset, int block
 int AsyncReadBuffer::FillInReadBuffer(int& bytes) {
   bytes = 0;
   if (mReadPending) {
-    if (MFileUniv::FWaitOverlappedCompletion(&mEvent, kReadSeconds) != 0) return -1;
-    if (ReadFailed(mOverlappedRecord)) {
+    const int current = CurrentNumber();
+    // The block being left is free from here on: the read of what follows
+    // the other block starts into it before the wait, so that the disk has
+    // work while this thread waits and wakes.
+    const int ahead = static_cast<int>(std::min<long long>(mRemaining - mPendingBytes, mBlockSize));
+    if (!mAheadStarted && ahead > 0 && mPendingBytes > 0) {
+      mAheadStarted = true;
+      mAheadBytes = StartRead(current, mBlockOffset + 2LL * mBlockSize, ahead) == 0 ? ahead : 0;
+    }
+    const int waited = WaitRead(1 - current, kReadSeconds);
+    if (waited == kStillReading) return -1;  // timed out: a later call waits on
+    if (waited != 0) {
       // Nothing is in flight any more; a later call starts the read again.
-      mReadPending = false;
-      mPendingBytes = 0;
+      FinishPendingRead();
       return -1;
     }
+    mReads[1 - current] = BlockRead{};
     mValidBytes = mPendingBytes;
     mRemaining -= mPendingBytes;
     mBlockOffset += mBlockSize;
     bytes = mPendingBytes;
-    mPendingBytes = 0;
-    mReadPending = false;
-    mCurrentBlock = mCurrentBlock == mBlockA ? mBlockB : mBlockA;
+    mCurrentBlock = BlockOf(1 - current);
+    // The read started ahead is the one under way now. Marked pending even
+    // when its start failed: a later call waits for it, and fails.
+    mReadPending = mAheadStarted;
+    mPendingBytes = mAheadBytes;
+    const bool aheadStarted = mAheadStarted;
+    mAheadStarted = false;
+    mAheadBytes = 0;
+    if (aheadStarted) return mPendingBytes == 0 ? -1 : 0;
   }
   if (mRemaining <= 0) return 0;
   if (!mBlockB) return -1;
   const int next = static_cast<int>(std::min<long long>(mRemaining, mBlockSize));
   // Marked pending even when the start fails: a later call waits for it, and fails.
   mReadPending = true;
-  if (StartRead(mBlockOffset + mBlockSize, next) != 0) return -1;
+  if (StartRead(1 - CurrentNumber(), mBlockOffset + mBlockSize, next) != 0) return -1;
   mPendingBytes = next;
   return 0;
 }

@@ -1,7 +1,9 @@
 // AsyncReadBuffer.h: reads a large file forward in small pieces while the
 // disk works ahead. Two blocks take turns: the consumer copies out of the
-// current one while an overlapped read fills the other. A read that reaches
-// back in front of the current block is served by a separate, synchronous read.
+// current one while an overlapped read fills the other. The read of a block
+// goes to the disk as a few transfers side by side, so that the device is
+// kept busy as by a deeper queue. A read that reaches back in front of the
+// current block is served by a separate, synchronous read.
 //
 //   MFileUniv file;
 //   file.FOpen(u"/media/title.vob"_u16, MFile::file_overlapped_read);
@@ -62,10 +64,34 @@ class VBU_API AsyncReadBuffer {
   int DoReadPieceOutsideOfBuffer(long long offset, char* destination, int size);
   // Frees both blocks.
   void FreeBlocks();
-  // Waits for the read under way, if any, and readies the event for the next.
+  // Waits for every read under way and readies the events for the next.
   void FinishPendingRead();
-  // Starts the read of `count` bytes at `offset` into the block that is not current.
-  uint32_t StartRead(long long offset, int count);
+  // Blocks by number: 0 is block A, 1 block B.
+  char* BlockOf(int block) const { return block == 0 ? mBlockA : mBlockB; }
+  int CurrentNumber() const { return mCurrentBlock == mBlockA ? 0 : 1; }
+  // Starts the read of `count` bytes at `offset` into `block`, as up to
+  // kReadParts transfers side by side: 0, or the error of a part that could
+  // not start (the parts before it are under way).
+  uint32_t StartRead(int block, long long offset, int count);
+  // Waits at most `seconds` for each part of `block`'s read: 0 when all
+  // ended whole; 1 when one is still to end (a later call waits on from
+  // there); -1 when all ended and one of them failed.
+  int WaitRead(int block, unsigned long seconds);
+  // Waits for every part of `block`'s read that was started, and forgets it.
+  void EndRead(int block);
+  // The record and event of part `part` of `block`'s read.
+  OVERLAPPED* PartRecord(int block, int part);
+  MEvent* PartEvent(int block, int part);
+
+  // Transfers that the read of a block is split into.
+  static constexpr int kReadParts = 4;
+  // One block's read, in parts.
+  struct BlockRead {
+    int needed = 0;       // parts of the read
+    int started = 0;      // of those, the first ones started
+    int ended = 0;        // of those, the first ones seen to end
+    bool failed = false;  // one of the ended parts failed
+  };
 
   MFileUniv* mFile;
   char* mCurrentBlock;
@@ -80,4 +106,13 @@ class VBU_API AsyncReadBuffer {
   bool mReadPending;
   int mPendingBytes;
   OVERLAPPED mOverlappedRecord;
+  // A block's read goes as parts; block A's first has mOverlappedRecord and
+  // mEvent, the others these (block A's, then block B's).
+  OVERLAPPED mPartRecords[2 * kReadParts - 1];
+  MEvent mPartEvents[2 * kReadParts - 1];
+  BlockRead mReads[2];  // block A's and block B's
+  // The read into the current block of what follows the other one, started
+  // by a FillInReadBuffer whose wait ran out; mAheadBytes is its length.
+  bool mAheadStarted;
+  int mAheadBytes;
 };

@@ -30,6 +30,22 @@ inline void SetOffset(OVERLAPPED& record, int64_t offset) {
   record.OffsetHigh = static_cast<uint32_t>(static_cast<uint64_t>(offset) >> 32);
 }
 
+// The offsets and lengths of direct transfers that are whole multiples of
+// this (the largest sector of today's disks) pass every disk's alignment.
+constexpr uint32_t kTransferAlignment = 4096;
+
+// The length of each part when a block of `bytes` at an aligned offset is
+// moved as up to `parts` transfers side by side, so that several requests
+// keep the device busy: every part a whole multiple of kTransferAlignment,
+// so none turns a file away from direct transfers. A block that cannot be
+// split so stays whole.
+inline uint32_t TransferPartBytes(uint32_t bytes, uint32_t parts) {
+  for (; parts > 1; --parts) {
+    if (bytes % (parts * kTransferAlignment) == 0) return bytes / parts;
+  }
+  return bytes;
+}
+
 // Starts reading (`write` false) or writing `count` bytes at the record's
 // offset. A read that meets the end of the file moves what is there; one
 // that starts at or behind it ends with kErrorHandleEof. A write that the

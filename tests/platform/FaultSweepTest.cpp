@@ -183,8 +183,10 @@ TEST_P(Sweep, OverlappedWritesAndReadsEndWithTheirError) {
   EXPECT_GT(runs, 2) << "two transfers make system calls";
 }
 
-// Reads a file through AsyncReadBuffer under every fault. `checkBytes`: the
-// bytes delivered before a failure are the file's.
+// Reads a file through AsyncReadBuffer under every fault, in blocks of 16
+// KiB that go as four transfers each, the next block's read starting before
+// the wait for this one. `checkBytes`: the bytes delivered before a failure
+// are the file's.
 void Sweep::ReadAhead(bool checkBytes) {
   const std::string bytes = Pattern(5 * 4096 + 1000, 6);
   WriteAll(dir.Bytes("title.vob"), bytes);
@@ -199,7 +201,7 @@ void Sweep::ReadAhead(bool checkBytes) {
       faults.Resume();
       {
         AsyncReadBuffer ahead;
-        int start = ahead.InitReadBuffer(&file, 0, 4096, 0);
+        int start = ahead.InitReadBuffer(&file, 0, 16384, 0);
         if (start != 0) {
           // A size that cannot be had reads as nothing to read.
           EXPECT_TRUE(start == AsyncReadBuffer::kOutOfMemory || start == AsyncReadBuffer::kReadFailed ||
