@@ -6,8 +6,11 @@
 // with fio: one job reads a source while another writes a destination of
 // the same size, direct, 4 MiB blocks, 8 in flight each; the slower leg is
 // the ceiling. Also reads one source through AsyncReadBuffer beside fio's
-// direct sequential read. The system's caches are dropped before each run
-// (as root; else the files' own pages are evicted). Prints MB/s, ratios
+// direct sequential read. Beside both, the same copy and read made by this
+// process straight on io_uring with the library's memory (8 MiB), which
+// shows what an in-process job can reach on this machine. The system's
+// caches are dropped before each run (as root; else the files' own pages
+// are evicted). Prints MB/s of the best and the median run of each, ratios
 // and the growth of the peak resident size.
 //
 //   ./files_concat_bench [--sources=8] [--source-mib=128] [--dir=.] [--benchmark_repetitions=3]
@@ -20,6 +23,7 @@
 
 
 #include "support/BenchFiles.h"
+#include "support/UringReference.h"
 
 namespace {
 
@@ -130,6 +134,27 @@ uint64_t ReadAhead() {
   return total;
 }
 
+// The best and the median of a few runs, in MB/s.
+struct Rates {
+  std::vector<double> runs;
+  void Add(double rate) { runs.push_back(rate); }
+  double Best() const { return runs.empty() ? 0 : *std::max_element(runs.begin(), runs.end()); }
+  double Median() const {
+    std::vector<double> sorted = runs;
+    std::sort(sorted.begin(), sorted.end());
+    return sorted.empty() ? 0 : sorted[(sorted.size() - 1) / 2];
+  }
+};
+
+// MB/s of `run`, which gives the bytes it moved.
+template <typename Run>
+double Timed(Run run) {
+  auto start = std::chrono::steady_clock::now();
+  const uint64_t bytes = run();
+  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  return static_cast<double>(bytes) / 1e6 / seconds;
+}
+
 bool JoinWithDd() {
   const uint64_t size = gSetup.sourceBytes;
   for (std::size_t i = 0; i < gSetup.sources.size(); ++i) {
@@ -172,41 +197,68 @@ int main(int argc, char** argv) {
   times.Add("ConcatFile_MFiles_1GiB", JoinIntoSegments);
   times.Add("dd_direct_4M", JoinWithDd);
   times.Add("cat_then_sync", JoinWithCat);
+  // The copy with the join's memory: 16 transfers of 512 KiB.
+  times.Add("io_uring_copy_8MiB", [] {
+    return bench::UringMove(gSetup.sources, gSetup.destination, 16, 512 << 10, false) ==
+           gSetup.sourceBytes * gSetup.sources.size();
+  });
   times.Run(argc, argv);
 
-  // fio and the read-ahead, best of three, caches dropped before each.
-  double copyCeiling = 0, fioRead = 0, readAhead = 0;
-  for (int i = 0; i < 3; ++i) {
+  // fio and the read-ahead, in turn, caches dropped before each.
+  Rates copyCeiling, fioRead, readAhead, uringRead;
+  const int rounds = std::stoi(bench::Option(argc, argv, "benchmark_repetitions", "3"));
+  for (int i = 0; i < rounds; ++i) {
     ColdCaches();
     std::filesystem::remove(fioDestination);
-    copyCeiling = std::max(copyCeiling, FioRate("--name=read --rw=read --filename=" + fioSource +
-                                                    " --name=write --rw=write --filename=" + fioDestination, true));
+    copyCeiling.Add(FioRate("--name=read --rw=read --filename=" + fioSource + " --name=write --rw=write --filename=" +
+                            fioDestination, true));
     ColdCaches();
-    fioRead = std::max(fioRead, FioRate("--name=read --rw=read --filename=" + gSetup.sources[0] +
-                                            " --size=" + std::to_string(gSetup.sourceBytes), false));
+    fioRead.Add(FioRate("--name=read --rw=read --filename=" + gSetup.sources[0] +
+                        " --size=" + std::to_string(gSetup.sourceBytes), false));
     ColdCaches();
-    auto start = std::chrono::steady_clock::now();
-    if (ReadAhead() != gSetup.sourceBytes) std::fprintf(stderr, "the read-ahead fell short\n");
-    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    readAhead = std::max(readAhead, static_cast<double>(gSetup.sourceBytes) / 1e6 / seconds);
+    readAhead.Add(Timed([] {
+      const uint64_t got = ReadAhead();
+      if (got != gSetup.sourceBytes) std::fprintf(stderr, "the read-ahead fell short\n");
+      return got;
+    }));
+    // The read with the read-ahead's memory: 8 transfers of 1 MiB.
+    ColdCaches();
+    uringRead.Add(Timed([] { return bench::UringMove({gSetup.sources[0]}, "", 8, 1 << 20, true); }));
   }
   std::filesystem::remove(fioDestination);
 
-  const double join = times.Rate("ConcatFile_MFileUniv");
-  std::printf("\n%d sources of %llu MiB, best of each, %s before each run:\n", sources,
+  std::printf("\n%d sources of %llu MiB, %s before each run; MB/s of the best and the median run:\n", sources,
               static_cast<unsigned long long>(mib), gDropped ? "system caches dropped" : "the files' pages evicted");
-  std::printf("  ConcatFile into MFileUniv     %8.1f MB/s\n", join);
-  std::printf("  ConcatFile into MFiles 1 GiB  %8.1f MB/s\n", times.Rate("ConcatFile_MFiles_1GiB"));
-  std::printf("  dd direct 4M                  %8.1f MB/s\n", times.Rate("dd_direct_4M"));
-  std::printf("  cat + sync                    %8.1f MB/s\n", times.Rate("cat_then_sync"));
-  std::printf("  fio copy ceiling (slower leg) %8.1f MB/s\n", copyCeiling);
-  std::printf("  join / dd                     %8.2f\n", times.Ratio("ConcatFile_MFileUniv", "dd_direct_4M"));
-  std::printf("  join / cat+sync               %8.2f   (goal >= 1.20)\n", times.Ratio("ConcatFile_MFileUniv", "cat_then_sync"));
-  std::printf("  join / fio ceiling            %8.2f   (goal >= 0.90)\n", copyCeiling > 0 ? join / copyCeiling : 0.0);
-  std::printf("  MFiles / MFileUniv            %8.2f   (goal >= 0.95)\n",
-              times.Ratio("ConcatFile_MFiles_1GiB", "ConcatFile_MFileUniv"));
-  std::printf("  AsyncReadBuffer %8.1f MB/s, fio direct read %8.1f MB/s, ratio %5.2f   (goal >= 0.95)\n", readAhead,
-              fioRead, fioRead > 0 ? readAhead / fioRead : 0.0);
+  auto line = [](const char* what, double best, double median) {
+    std::printf("  %-40s %8.1f %8.1f\n", what, best, median);
+  };
+  line("ConcatFile into MFileUniv", times.Rate("ConcatFile_MFileUniv"), times.MedianRate("ConcatFile_MFileUniv"));
+  line("ConcatFile into MFiles 1 GiB", times.Rate("ConcatFile_MFiles_1GiB"), times.MedianRate("ConcatFile_MFiles_1GiB"));
+  line("dd direct 4M", times.Rate("dd_direct_4M"), times.MedianRate("dd_direct_4M"));
+  line("cat + sync", times.Rate("cat_then_sync"), times.MedianRate("cat_then_sync"));
+  line("fio copy ceiling (slower leg)", copyCeiling.Best(), copyCeiling.Median());
+  line("io_uring copy in this process, 8 MiB", times.Rate("io_uring_copy_8MiB"), times.MedianRate("io_uring_copy_8MiB"));
+  line("AsyncReadBuffer", readAhead.Best(), readAhead.Median());
+  line("fio direct read", fioRead.Best(), fioRead.Median());
+  line("io_uring read in this process, 8 MiB", uringRead.Best(), uringRead.Median());
+  auto ratio = [](const char* what, double best, double median, const char* goal) {
+    std::printf("  %-40s %8.2f %8.2f   %s\n", what, best, median, goal);
+  };
+  auto over = [](double a, double b) { return b > 0 ? a / b : 0.0; };
+  const char* join = "ConcatFile_MFileUniv";
+  ratio("join / dd", times.Ratio(join, "dd_direct_4M"), times.Ratio(join, "dd_direct_4M", false), "");
+  ratio("join / cat+sync", times.Ratio(join, "cat_then_sync"), times.Ratio(join, "cat_then_sync", false),
+        "(goal >= 1.20)");
+  ratio("join / fio ceiling", over(times.Rate(join), copyCeiling.Best()),
+        over(times.MedianRate(join), copyCeiling.Median()), "(goal >= 0.90)");
+  ratio("join / io_uring copy in this process", times.Ratio(join, "io_uring_copy_8MiB"),
+        times.Ratio(join, "io_uring_copy_8MiB", false), "");
+  ratio("MFiles / MFileUniv", times.Ratio("ConcatFile_MFiles_1GiB", join),
+        times.Ratio("ConcatFile_MFiles_1GiB", join, false), "(goal >= 0.95)");
+  ratio("AsyncReadBuffer / fio direct read", over(readAhead.Best(), fioRead.Best()),
+        over(readAhead.Median(), fioRead.Median()), "(goal >= 0.95)");
+  ratio("AsyncReadBuffer / io_uring read in this process", over(readAhead.Best(), uringRead.Best()),
+        over(readAhead.Median(), uringRead.Median()), "");
   std::printf("  peak resident size growth in a join: %ld KiB (two buffers: %d KiB)\n", gSetup.memoryGrowthKiB,
               2 * 4096);
   return 0;

@@ -100,8 +100,10 @@ inline int Run(const std::string& command) {
 }
 
 // Whole jobs timed side by side: each runs once a repetition (three unless
-// --benchmark_repetitions says otherwise) after an untimed `prepare`, and
-// its best time is kept for the summary.
+// --benchmark_repetitions says otherwise) after an untimed `prepare`, the
+// repetitions of all jobs interleaved in a random order, so that a slow
+// spell of the machine falls on every job alike. Keeps every time, for the
+// best and the median run of each job.
 class BestTimes {
  public:
   BestTimes(uint64_t bytes, std::function<void()> prepare) : mBytes(bytes), mPrepare(std::move(prepare)) {}
@@ -116,37 +118,51 @@ class BestTimes {
   }
   // Runs every job, as the benchmark library's arguments say.
   void Run(int& argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
+    std::vector<char*> args(argv, argv + argc);
+    std::string interleave = "--benchmark_enable_random_interleaving=true";
+    args.insert(args.begin() + 1, interleave.data());
+    int count = static_cast<int>(args.size());
+    benchmark::Initialize(&count, args.data());
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
   }
   // Of the job's best run, in MB (10^6 bytes) per second; 0 if it never ran.
-  double Rate(const std::string& name) const {
-    auto best = mBest.find(name);
-    return best == mBest.end() || best->second == 0 ? 0.0 : static_cast<double>(mBytes) / 1e6 / best->second;
+  double Rate(const std::string& name) const { return RateOf(name, true); }
+  // Of the job's median run.
+  double MedianRate(const std::string& name) const { return RateOf(name, false); }
+  // Rate of `a` over rate of `b` (best runs, or median runs); 0 if either never ran.
+  double Ratio(const std::string& a, const std::string& b, bool best = true) const {
+    return RateOf(b, best) > 0 ? RateOf(a, best) / RateOf(b, best) : 0.0;
   }
-  // Rate of `a` over rate of `b`; 0 if either never ran.
-  double Ratio(const std::string& a, const std::string& b) const { return Rate(b) > 0 ? Rate(a) / Rate(b) : 0.0; }
 
  private:
+  double RateOf(const std::string& name, bool best) const {
+    auto found = mTimes.find(name);
+    if (found == mTimes.end() || found->second.empty()) return 0.0;
+    std::vector<double> times = found->second;
+    std::sort(times.begin(), times.end());
+    const double seconds = best ? times.front() : times[times.size() / 2];
+    return seconds > 0 ? static_cast<double>(mBytes) / 1e6 / seconds : 0.0;
+  }
+
   void Measure(benchmark::State& state, const std::string& name, const std::function<bool()>& run) {
-    double& best = mBest[name];
     for (auto _ : state) {
       state.PauseTiming();
       mPrepare();
       state.ResumeTiming();
       auto start = std::chrono::steady_clock::now();
-      if (!run()) state.SkipWithError("the run failed");
+      const bool ok = run();
       double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+      if (!ok) state.SkipWithError("the run failed");
       state.SetIterationTime(seconds);
-      best = best == 0 ? seconds : std::min(best, seconds);
+      if (ok) mTimes[name].push_back(seconds);
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * mBytes));
   }
 
   uint64_t mBytes;
   std::function<void()> mPrepare;
-  std::map<std::string, double> mBest;
+  std::map<std::string, std::vector<double>> mTimes;
 };
 
 }  // namespace bench
