@@ -48,7 +48,7 @@ AsyncReadBuffer::AsyncReadBuffer()
       mPendingBytes(0),
       mOverlappedRecord{},
       mPartRecords{},
-      mAheadStarted(false),
+      mAheadBegun(false),
       mAheadBytes(0) {}
 
 AsyncReadBuffer::~AsyncReadBuffer() {
@@ -67,7 +67,7 @@ MEvent* AsyncReadBuffer::PartEvent(int block, int part) {
 void AsyncReadBuffer::FinishPendingRead() {
   EndRead(0);
   EndRead(1);
-  mAheadStarted = false;
+  mAheadBegun = false;
   mAheadBytes = 0;
   mReadPending = false;
   mPendingBytes = 0;
@@ -89,24 +89,75 @@ void AsyncReadBuffer::FreeBlocks() {
   mBlockA = mBlockB = mCurrentBlock = nullptr;
 }
 
-uint32_t AsyncReadBuffer::StartRead(int block, long long offset, int count) {
-  // Parts start on sector boundaries; a read that does not stays whole.
-  const auto partBytes = static_cast<int>(
-      offset % MFileUniv::kSectorSize == 0 ? vp::TransferPartBytes(static_cast<uint32_t>(mBlockSize), kReadParts)
-                                           : static_cast<uint32_t>(mBlockSize));
+void AsyncReadBuffer::BeginRead(int block, long long offset, int count) {
   BlockRead& read = mReads[block];
   read = BlockRead{};
-  read.needed = std::max(1, (count + partBytes - 1) / partBytes);
-  for (int part = 0; part < read.needed; ++part) {
-    const int done = part * partBytes;
-    if (uint32_t error = mFile->FReadOverlapped(offset + done, DataOf(BlockOf(block)) + done,
-                                                std::min(partBytes, count - done), PartRecord(block, part),
-                                                PartEvent(block, part))) {
+  read.offset = offset;
+  read.count = count;
+  // Parts start on sector boundaries; a read that does not stays whole.
+  read.partBytes = static_cast<int>(
+      offset % MFileUniv::kSectorSize == 0 ? vp::TransferPartBytes(static_cast<uint32_t>(mBlockSize), kReadParts)
+                                           : static_cast<uint32_t>(mBlockSize));
+  read.needed = std::max(1, (count + read.partBytes - 1) / read.partBytes);
+}
+
+uint32_t AsyncReadBuffer::StartParts(int block, int parts) {
+  BlockRead& read = mReads[block];
+  if (read.startError != 0) return read.startError;
+  for (; read.started < std::min(parts, read.needed); ++read.started) {
+    const int done = read.started * read.partBytes;
+    if (uint32_t error = mFile->FReadOverlapped(read.offset + done, DataOf(BlockOf(block)) + done,
+                                                std::min(read.partBytes, read.count - done),
+                                                PartRecord(block, read.started), PartEvent(block, read.started))) {
+      read.startError = error;
       return error;
     }
-    ++read.started;
   }
   return 0;
+}
+
+uint32_t AsyncReadBuffer::StartRead(int block, long long offset, int count) {
+  BeginRead(block, offset, count);
+  return StartParts(block, kReadParts);
+}
+
+void AsyncReadBuffer::ReadAheadInto(int parts) {
+  if (!mReadPending || mPendingBytes <= 0) return;
+  const int current = CurrentNumber();
+  if (!mAheadBegun) {
+    const int ahead = static_cast<int>(std::min<long long>(mRemaining - mPendingBytes, mBlockSize));
+    if (ahead <= 0) return;
+    BeginRead(current, mBlockOffset + 2LL * mBlockSize, ahead);
+    mAheadBegun = true;
+    mAheadBytes = ahead;
+  }
+  if (StartParts(current, parts) != 0) mAheadBytes = 0;
+}
+
+int AsyncReadBuffer::RecycledBytes() const {
+  if (!mAheadBegun) return 0;
+  const BlockRead& read = mReads[CurrentNumber()];
+  return std::min(read.started * read.partBytes, mBlockSize);
+}
+
+int AsyncReadBuffer::CopyOut(char* destination, long long into, int count) {
+  if (count <= 0) return 0;
+  // Bytes whose room the read ahead has taken come from the file again.
+  if (into < RecycledBytes()) {
+    const int front = static_cast<int>(std::min<long long>(count, RecycledBytes() - into));
+    if (DoReadPieceOutsideOfBuffer(mBlockOffset + into, destination, front) != 0) return -1;
+    destination += front;
+    into += front;
+    count -= front;
+  }
+  Copy(destination, DataOf(mCurrentBlock) + into, count);
+  return 0;
+}
+
+void AsyncReadBuffer::Passed(long long end) {
+  const int partBytes = mAheadBegun ? mReads[CurrentNumber()].partBytes
+                                    : static_cast<int>(vp::TransferPartBytes(static_cast<uint32_t>(mBlockSize), kReadParts));
+  if (end >= partBytes) ReadAheadInto(static_cast<int>(end / partBytes));
 }
 
 int AsyncReadBuffer::WaitRead(int block, unsigned long seconds) {
@@ -169,14 +220,10 @@ int AsyncReadBuffer::FillInReadBuffer(int& bytes) {
   bytes = 0;
   if (mReadPending) {
     const int current = CurrentNumber();
-    // The block being left is free from here on: the read of what follows
-    // the other block starts into it before the wait, so that the disk has
-    // work while this thread waits and wakes.
-    const int ahead = static_cast<int>(std::min<long long>(mRemaining - mPendingBytes, mBlockSize));
-    if (!mAheadStarted && ahead > 0 && mPendingBytes > 0) {
-      mAheadStarted = true;
-      mAheadBytes = StartRead(current, mBlockOffset + 2LL * mBlockSize, ahead) == 0 ? ahead : 0;
-    }
+    // The block being left is free from here on: the rest of the read of
+    // what follows the other block starts into it before the wait, so that
+    // the disk has work while this thread waits and wakes.
+    ReadAheadInto(kReadParts);
     const int waited = WaitRead(1 - current, kReadSeconds);
     if (waited == kStillReading) return -1;  // timed out: a later call waits on
     if (waited != 0) {
@@ -191,13 +238,13 @@ int AsyncReadBuffer::FillInReadBuffer(int& bytes) {
     bytes = mPendingBytes;
     mCurrentBlock = BlockOf(1 - current);
     // The read started ahead is the one under way now. Marked pending even
-    // when its start failed: a later call waits for it, and fails.
-    mReadPending = mAheadStarted;
+    // when a part of it could not start: a later call waits for it, and fails.
+    const bool aheadBegun = mAheadBegun;
+    mReadPending = aheadBegun;
     mPendingBytes = mAheadBytes;
-    const bool aheadStarted = mAheadStarted;
-    mAheadStarted = false;
+    mAheadBegun = false;
     mAheadBytes = 0;
-    if (aheadStarted) return mPendingBytes == 0 ? -1 : 0;
+    if (aheadBegun) return mPendingBytes == 0 ? -1 : 0;
   }
   if (mRemaining <= 0) return 0;
   if (!mBlockB) return -1;
@@ -221,17 +268,19 @@ int AsyncReadBuffer::ReadBuffer(long long offset, char* destination, int size) {
     if (DoReadPieceOutsideOfBuffer(offset, destination, front) != 0) return -1;
     // The rest comes from the block, never past its file bytes.
     const int fromBlock = std::min(size - front, mValidBytes);
-    Copy(destination + front, DataOf(mCurrentBlock), fromBlock);
+    if (CopyOut(destination + front, 0, fromBlock) != 0) return -1;
+    Passed(fromBlock);
     return front + fromBlock;
   }
   const long long into = offset - mBlockOffset;
   // The block's bytes from `offset` on; none when the read starts behind them.
   const int inside = into < mValidBytes ? mValidBytes - static_cast<int>(into) : 0;
   if (inside >= size) {
-    Copy(destination, DataOf(mCurrentBlock) + into, size);
+    if (CopyOut(destination, into, size) != 0) return -1;
+    Passed(into + size);
     return size;
   }
-  Copy(destination, DataOf(mCurrentBlock) + into, inside);
+  if (CopyOut(destination, into, inside) != 0) return -1;
   int got = 0;
   if (FillInReadBuffer(got) != 0) return -1;
   const int rest = size - inside;
@@ -245,7 +294,8 @@ int AsyncReadBuffer::ReadBuffer(long long offset, char* destination, int size) {
   }
   const int available = got > 0 ? got - static_cast<int>(from) : 0;
   const int delivered = std::min(rest, available);
-  Copy(destination + inside, DataOf(mCurrentBlock) + from, delivered);
+  if (CopyOut(destination + inside, from, delivered) != 0) return -1;
+  Passed(from + delivered);
   return inside + delivered;
 }
 

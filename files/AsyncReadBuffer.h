@@ -69,10 +69,25 @@ class VBU_API AsyncReadBuffer {
   // Blocks by number: 0 is block A, 1 block B.
   char* BlockOf(int block) const { return block == 0 ? mBlockA : mBlockB; }
   int CurrentNumber() const { return mCurrentBlock == mBlockA ? 0 : 1; }
-  // Starts the read of `count` bytes at `offset` into `block`, as up to
-  // kReadParts transfers side by side: 0, or the error of a part that could
-  // not start (the parts before it are under way).
+  // Readies the read of `count` bytes at `offset` into `block`, as up to
+  // kReadParts transfers side by side; StartParts starts them.
+  void BeginRead(int block, long long offset, int count);
+  // Starts the parts of `block`'s read before part `parts` that have not
+  // started: 0, or the error of a part that could not start (the parts
+  // before it are under way, and no later one starts).
+  uint32_t StartParts(int block, int parts);
+  // Both: the whole read under way.
   uint32_t StartRead(int block, long long offset, int count);
+  // Starts the first `parts` parts of the read of what follows the other
+  // block into the current one, once the consumer has passed them.
+  void ReadAheadInto(int parts);
+  // Bytes at the start of the current block that the read ahead has taken.
+  int RecycledBytes() const;
+  // Copies `count` bytes of the current block from `into` on: 0, or -1 when
+  // bytes that the read ahead has taken could not be read again.
+  int CopyOut(char* destination, long long into, int count);
+  // The consumer has passed the first `end` bytes of the current block.
+  void Passed(long long end);
   // Waits at most `seconds` for each part of `block`'s read: 0 when all
   // ended whole; 1 when one is still to end (a later call waits on from
   // there); -1 when all ended and one of them failed.
@@ -87,10 +102,14 @@ class VBU_API AsyncReadBuffer {
   static constexpr int kReadParts = 4;
   // One block's read, in parts.
   struct BlockRead {
-    int needed = 0;       // parts of the read
-    int started = 0;      // of those, the first ones started
-    int ended = 0;        // of those, the first ones seen to end
-    bool failed = false;  // one of the ended parts failed
+    long long offset = 0;      // where the read starts
+    int count = 0;             // its bytes
+    int partBytes = 0;         // bytes of each part, the last one short
+    int needed = 0;            // parts of the read
+    int started = 0;           // of those, the first ones started
+    int ended = 0;             // of those, the first ones seen to end
+    bool failed = false;       // one of the ended parts failed
+    uint32_t startError = 0;   // why part `started` could not start
   };
 
   MFileUniv* mFile;
@@ -111,8 +130,9 @@ class VBU_API AsyncReadBuffer {
   OVERLAPPED mPartRecords[2 * kReadParts - 1];
   MEvent mPartEvents[2 * kReadParts - 1];
   BlockRead mReads[2];  // block A's and block B's
-  // The read into the current block of what follows the other one, started
-  // by a FillInReadBuffer whose wait ran out; mAheadBytes is its length.
-  bool mAheadStarted;
+  // The read into the current block of what follows the other one: its
+  // parts start as the consumer passes them, the rest at the change of
+  // blocks. mAheadBytes is its length, 0 when a part could not start.
+  bool mAheadBegun;
   int mAheadBytes;
 };

@@ -118,8 +118,10 @@ TEST_F(ReadAhead, ASmallFileIsOneReadAndNothingPending) {
 
 TEST(ReadAheadSeeks, ANewStartWhileAReadIsInFlightDeliversTheFilesBytes) {
   // A consumer that seeks: a new start at a random sector, before or behind
-  // the last, while the read ahead of the last start is still under way;
-  // then three forward reads of a block each. Every byte is the file's.
+  // the last, while the reads ahead of the last start are still under way;
+  // then forward reads of random sizes, each followed now and then by a look
+  // back over what it has passed, whose room in the block the read ahead
+  // may have taken already. Every byte is the file's.
   constexpr int kBlock = 256 * 1024;
   TempFolder dir;
   const std::string content = Pattern(8u << 20, 7);
@@ -127,6 +129,10 @@ TEST(ReadAheadSeeks, ANewStartWhileAReadIsInFlightDeliversTheFilesBytes) {
   MFileUniv file;
   ASSERT_EQ(file.FOpen(dir.Path("title.vob"), MFile::file_overlapped_read), 0);
   std::string got(kBlock, '\0');
+  auto same = [&](long long at, int n) {
+    return got.compare(0, static_cast<std::size_t>(n), content, static_cast<std::size_t>(at),
+                       static_cast<std::size_t>(n)) == 0;
+  };
   {
     AsyncReadBuffer ahead;
     std::mt19937 random(11);
@@ -134,13 +140,17 @@ TEST(ReadAheadSeeks, ANewStartWhileAReadIsInFlightDeliversTheFilesBytes) {
     for (int round = 0; round < 60; ++round) {
       long long at = static_cast<long long>(random() % sectors) * MFileUniv::kSectorSize;
       ASSERT_EQ(ahead.InitReadBuffer(&file, at, kBlock, 0), 0) << round;
-      for (int read = 0; read < 3 && at < static_cast<long long>(content.size()); ++read) {
-        int n = ahead.ReadBuffer(at, got.data(), kBlock);
+      for (int read = 0; read < 12 && at < static_cast<long long>(content.size()); ++read) {
+        int n = ahead.ReadBuffer(at, got.data(), 1 + static_cast<int>(random() % (kBlock / 2)));
         ASSERT_GT(n, 0) << round << " " << at;
-        ASSERT_TRUE(got.compare(0, static_cast<std::size_t>(n), content, static_cast<std::size_t>(at),
-                                static_cast<std::size_t>(n)) == 0)
-            << "round " << round << ", offset " << at;
+        ASSERT_TRUE(same(at, n)) << "round " << round << ", offset " << at;
         at += n;
+        if (read % 3 == 2) {
+          const long long back = at - 1 - static_cast<long long>(random() % std::min<long long>(at, kBlock));
+          const int size = 1 + static_cast<int>(random() % std::min<long long>(at - back, kBlock / 4));
+          ASSERT_EQ(ahead.ReadBuffer(back, got.data(), size), size) << round << " back to " << back;
+          ASSERT_TRUE(same(back, size)) << "round " << round << ", back to " << back;
+        }
       }
     }
   }  // the read still under way ends before the blocks go
