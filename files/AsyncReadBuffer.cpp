@@ -94,10 +94,7 @@ void AsyncReadBuffer::BeginRead(int block, long long offset, int count) {
   read = BlockRead{};
   read.offset = offset;
   read.count = count;
-  // Parts start on sector boundaries; a read that does not stays whole.
-  read.partBytes = static_cast<int>(
-      offset % MFileUniv::kSectorSize == 0 ? vp::TransferPartBytes(static_cast<uint32_t>(mBlockSize), kReadParts)
-                                           : static_cast<uint32_t>(mBlockSize));
+  read.partBytes = PartBytesAt(offset);
   read.needed = std::max(1, (count + read.partBytes - 1) / read.partBytes);
 }
 
@@ -154,9 +151,14 @@ int AsyncReadBuffer::CopyOut(char* destination, long long into, int count) {
   return 0;
 }
 
+int AsyncReadBuffer::PartBytesAt(long long offset) const {
+  // Parts start on sector boundaries; a read that does not stays whole.
+  if (offset % MFileUniv::kSectorSize != 0) return mBlockSize;
+  return static_cast<int>(vp::TransferPartBytes(static_cast<uint32_t>(mBlockSize), kReadParts));
+}
+
 void AsyncReadBuffer::Passed(long long end) {
-  const int partBytes = mAheadBegun ? mReads[CurrentNumber()].partBytes
-                                    : static_cast<int>(vp::TransferPartBytes(static_cast<uint32_t>(mBlockSize), kReadParts));
+  const int partBytes = PartBytesAt(mBlockOffset + 2LL * mBlockSize);  // the read ahead's
   if (end >= partBytes) ReadAheadInto(static_cast<int>(end / partBytes));
 }
 

@@ -88,6 +88,8 @@ class VBU_API AsyncReadBuffer {
   int CopyOut(char* destination, long long into, int count);
   // The consumer has passed the first `end` bytes of the current block.
   void Passed(long long end);
+  // Bytes of each part of a read that starts at `offset`.
+  int PartBytesAt(long long offset) const;
   // Waits at most `seconds` for each part of `block`'s read: 0 when all
   // ended whole; 1 when one is still to end (a later call waits on from
   // there); -1 when all ended and one of them failed.
