@@ -1,6 +1,11 @@
 // ConcatInfo.h: the state of the concatenation engine of MFileUniv, which
 // joins whole files end to end into one destination through two buffers,
-// each source padded with zeros to a whole number of sectors.
+// each source padded with zeros to a whole number of sectors. The buffers
+// are moved as a ring of slots (eight to a buffer), each read and written as
+// a transfer of its own, so that both legs keep several requests in flight;
+// what a host sees stays that of two buffers: one progress message per
+// buffer written, in order. A source is read once, through the system's
+// cache, and its pages go back to the system as the join passes them.
 //
 //   MFileUniv dest;
 //   dest.FOpen(u"/media/title.vob"_u16, MFile::file_overlapped_create);
