@@ -205,30 +205,34 @@ int main(int argc, char** argv) {
   });
   times.Run(argc, argv);
 
-  // fio and the read-ahead, in turn, caches dropped before each.
+  // fio and the read-ahead, caches dropped before each; each round runs the
+  // jobs in another order, so that none always follows the same one.
   Rates copyCeiling, copySameMemory, fioRead, readAhead, uringRead;
+  const std::string copy =
+      "--name=read --rw=read --filename=" + fioSource + " --name=write --rw=write --filename=" + fioDestination;
+  const uint64_t allBytes = gSetup.sourceBytes * gSetup.sources.size();
+  const std::vector<std::function<void()>> jobs = {
+      [&] { copyCeiling.Add(FioRate(copy)); },
+      // The same copy with the join's memory in flight: 4 MiB a leg.
+      [&] { copySameMemory.Add(FioRate(copy, "--bs=512k --iodepth=8")); },
+      [&] { fioRead.Add(FioRate("--name=read --rw=read --filename=" + fioSource)); },
+      [&] {
+        readAhead.Add(Timed([&] {
+          const uint64_t got = ReadAhead(fioSource);
+          if (got != allBytes) std::fprintf(stderr, "the read-ahead fell short\n");
+          return got;
+        }));
+      },
+      // The read with the read-ahead's memory: 8 transfers of 1 MiB.
+      [&] { uringRead.Add(Timed([&] { return bench::UringMove({fioSource}, "", 8, 1 << 20, true); })); },
+  };
   const int rounds = std::stoi(bench::Option(argc, argv, "benchmark_repetitions", "3"));
   for (int i = 0; i < rounds; ++i) {
-    ColdCaches();
-    std::filesystem::remove(fioDestination);
-    const std::string copy = "--name=read --rw=read --filename=" + fioSource + " --name=write --rw=write --filename=" +
-                             fioDestination;
-    copyCeiling.Add(FioRate(copy));
-    // The same copy with the join's memory in flight: 4 MiB a leg.
-    ColdCaches();
-    std::filesystem::remove(fioDestination);
-    copySameMemory.Add(FioRate(copy, "--bs=512k --iodepth=8"));
-    ColdCaches();
-    fioRead.Add(FioRate("--name=read --rw=read --filename=" + fioSource));
-    ColdCaches();
-    readAhead.Add(Timed([&] {
-      const uint64_t got = ReadAhead(fioSource);
-      if (got != gSetup.sourceBytes * gSetup.sources.size()) std::fprintf(stderr, "the read-ahead fell short\n");
-      return got;
-    }));
-    // The read with the read-ahead's memory: 8 transfers of 1 MiB.
-    ColdCaches();
-    uringRead.Add(Timed([&] { return bench::UringMove({fioSource}, "", 8, 1 << 20, true); }));
+    for (std::size_t k = 0; k < jobs.size(); ++k) {
+      ColdCaches();
+      std::filesystem::remove(fioDestination);
+      jobs[(k + static_cast<std::size_t>(i) * 2) % jobs.size()]();
+    }
   }
   std::filesystem::remove(fioDestination);
 
