@@ -291,6 +291,7 @@ TEST_P(Sweep, ConcatFileKeepsWhatWasWrittenBeforeAFailure) {
         if (!hearing.messages.empty()) {
           EXPECT_EQ(hearing.messages[0], 26000) << what;
           EXPECT_EQ(hearing.texts[0], SystemText(error)) << what;
+          EXPECT_EQ(hearing.sources[0], nullptr) << "the library's own messages carry no source";
         }
       }
       // Progress counts whole buffers of 16 units, written in order.

@@ -1,7 +1,6 @@
-// Files when the system fails: a source that cannot be read, a destination
-// that fills up, a folder where nothing may be written, and the read-only
-// tests of volumes. The joins move their transfers on the layer's own
-// threads, whose reads and writes are the calls failed here.
+// Files when the system fails: a join's source whose size cannot be had, a
+// folder where nothing may be written, streams and closes that fail, and the
+// read-only tests of volumes.
 #include <VantoroBasicUtils/files/MFileSpec.h>
 #include <VantoroBasicUtils/files/MFileUniv.h>
 
@@ -22,102 +21,19 @@
 using namespace vbu::literals;
 namespace vp = vbu::platform;
 
-namespace {
-
-constexpr long kBuffer = 4194304;
-
-// Fails the first call of pread or pwrite at or past `offset` with `error`
-// (the transfers of a join run in parallel, so their order is not the count's).
-class StFailTransfer : public StSysCallTable {
- public:
-  StFailTransfer(bool write, int64_t offset, int error) {
-    sOffset = offset;
-    sError = error;
-    sFired = false;
-    if (write) {
-      vp::Sys().pwrite = [](int fd, const void* buffer, std::size_t count, int64_t at) -> long {
-        if (at >= sOffset && !sFired.exchange(true)) return errno = sError, -1;
-        return vp::DefaultSysCalls().pwrite(fd, buffer, count, at);
-      };
-    } else {
-      vp::Sys().pread = [](int fd, void* buffer, std::size_t count, int64_t at) -> long {
-        if (at >= sOffset && !sFired.exchange(true)) return errno = sError, -1;
-        return vp::DefaultSysCalls().pread(fd, buffer, count, at);
-      };
-    }
-  }
-
- private:
-  static inline int64_t sOffset = 0;
-  static inline int sError = 0;
-  static inline std::atomic<bool> sFired{false};
-};
-
-class JoinFaults : public ::testing::Test {
- protected:
-  void SetUp() override {
-    first = Pattern(5000, 1);
-    second = Pattern(2 * kBuffer + 100, 2);
-    WriteAll(dir.Bytes("first"), first);
-    WriteAll(dir.Bytes("second"), second);
-    ASSERT_EQ(destination.FOpen(dir.Path("disc.iso"), MFile::file_overlapped_create), 0);
-    ASSERT_EQ(destination.ConcatInitialize(2048, 0), 0);
-    ASSERT_EQ(Join("first"), 0);
-  }
-  long Join(const char* name) {
-    MString path = dir.Path(name);
-    bool cancelled = false;
-    return destination.ConcatFile(path, 0, cancelled, 0);
-  }
-  std::string Disc() {
-    destination.FClose();
-    return ReadAll(dir.Bytes("disc.iso"));
-  }
-
-  StTransferRoute route{vbu::TransferRoute::kThreads};
+// A failed read or write of a join, at every place, is swept in
+// FaultSweepTest; here, the one failure that gives a code of its own.
+TEST(JoinFaults, ASourceWhoseSizeCannotBeHadGivesTheCode) {
   TempFolder dir;
-  std::string first, second;
+  WriteAll(dir.Bytes("source"), Pattern(5000, 2));
   MFileUniv destination;
-};
-
-std::u16string SystemText(int error) {
-  std::string text = std::strerror(error);
-  return std::u16string(text.begin(), text.end());
-}
-
-}  // namespace
-
-TEST_F(JoinFaults, ASourceThatCannotBeReadStopsTheJoinWithTheSystemsText) {
-  Hearing hearing;
-  {
-    StFailTransfer fail(false, kBuffer, EIO);  // the second buffer of the second source
-    EXPECT_EQ(Join("second"), -1);
-  }
-  ASSERT_EQ(hearing.messages, std::vector<long>{26000});
-  EXPECT_EQ(hearing.texts[0], SystemText(EIO));
-  EXPECT_EQ(hearing.sources[0], nullptr) << "the library's own messages carry no source";
-  // The first source, and the first piece of the second, are on the disc.
-  std::string disc = Disc();
-  EXPECT_EQ(disc.substr(0, 6144), first + std::string(1144, '\0'));
-  EXPECT_EQ(disc.substr(6144, kBuffer), second.substr(0, kBuffer));
-}
-
-TEST_F(JoinFaults, AFullDiskStopsTheJoinAndKeepsWhatWasWritten) {
-  Hearing hearing;
-  {
-    StFailTransfer fail(true, 6144 + kBuffer, ENOSPC);  // the second buffer's writes
-    EXPECT_EQ(Join("second"), -1);
-  }
-  ASSERT_EQ(hearing.messages, std::vector<long>{26000});
-  EXPECT_EQ(hearing.texts[0], SystemText(ENOSPC));
-  EXPECT_EQ(destination.GetConcatInfo().mWriteInfo.mOverlapped.Offset, 6144u + kBuffer);
-  EXPECT_EQ(Disc().substr(0, 6144), first + std::string(1144, '\0'));
-}
-
-TEST_F(JoinFaults, ASourceWhoseSizeCannotBeHadGivesTheCode) {
+  ASSERT_EQ(destination.FOpen(dir.Path("disc.iso"), MFile::file_overlapped_create), 0);
+  ASSERT_EQ(destination.ConcatInitialize(2048, 0), 0);
   StSysCallTable saved;
   vp::Sys().fstat = [](int, struct ::stat*) { return errno = EIO, -1; };
-  EXPECT_EQ(Join("second"), EIO);
+  MString path = dir.Path("source");
+  bool cancelled = false;
+  EXPECT_EQ(destination.ConcatFile(path, 0, cancelled, 0), EIO);
 }
 
 TEST(FileFaults, AFolderWhereNothingMayBeWrittenRefusesEveryOpen) {
