@@ -16,6 +16,20 @@ namespace {
 // rounding up to whole sectors behind it.
 constexpr int kLeadRoom = 2048;
 constexpr int kBlockExtra = 4096;
+constexpr int kPage = 4096;
+
+// A block of `dataBytes` from page-aligned memory. The block starts its
+// lead's room in front of a page boundary, so that its data starts on one:
+// a transfer into data off the page takes one page more than its length,
+// and the device splits it into two requests, one of them a few KiB.
+char* AllocBlock(std::size_t dataBytes) {
+  char* pages = static_cast<char*>(vp::AllocPages(dataBytes + kBlockExtra + kPage - kLeadRoom));
+  return pages ? pages + kPage - kLeadRoom : nullptr;
+}
+
+void FreeBlock(char* block) {
+  if (block) vp::FreePages(block - (kPage - kLeadRoom));
+}
 // Waits for a read are limited to two minutes.
 constexpr unsigned long kReadSeconds = 120;
 // WaitRead: a part has still to end.
@@ -84,8 +98,8 @@ void AsyncReadBuffer::EndRead(int block) {
 }
 
 void AsyncReadBuffer::FreeBlocks() {
-  vp::FreePages(mBlockA);
-  vp::FreePages(mBlockB);
+  FreeBlock(mBlockA);
+  FreeBlock(mBlockB);
   mBlockA = mBlockB = mCurrentBlock = nullptr;
 }
 
@@ -179,13 +193,12 @@ int AsyncReadBuffer::InitReadBuffer(MFileUniv* file, long long offset, int block
   if (!file || blockSize <= 0 || blockSize > 0x7FFFFFFF - kBlockExtra || offset < 0) return kReadFailed;
   mFile = file;
   mBlockSize = blockSize;
-  const std::size_t blockBytes = static_cast<std::size_t>(blockSize) + kBlockExtra;
   if (!mBlockA) {
-    mBlockA = static_cast<char*>(vp::AllocPages(blockBytes));
+    mBlockA = AllocBlock(static_cast<std::size_t>(blockSize));
     if (!mBlockA) return kOutOfMemory;
   }
   if (!mBlockB) {
-    mBlockB = static_cast<char*>(vp::AllocPages(blockBytes));
+    mBlockB = AllocBlock(static_cast<std::size_t>(blockSize));
     if (!mBlockB) {
       FreeBlocks();
       return kOutOfMemory;
@@ -308,7 +321,7 @@ int AsyncReadBuffer::DoReadPieceOutsideOfBuffer(long long offset, char* destinat
   // The read starts at the sector in front of `offset`: placing the data at
   // that lead behind a sector boundary keeps an unbuffered transfer aligned.
   const int lead = static_cast<int>(offset % MFileUniv::kSectorSize);
-  char* block = static_cast<char*>(vp::AllocPages(static_cast<std::size_t>(size) + kBlockExtra + kLeadRoom));
+  char* block = AllocBlock(static_cast<std::size_t>(size) + kLeadRoom);
   if (!block) return kOutOfMemory;
   char* data = DataOf(block) + lead;
   int result = kReadFailed;
@@ -322,6 +335,6 @@ int AsyncReadBuffer::DoReadPieceOutsideOfBuffer(long long offset, char* destinat
       event.Wait(kWaitForever);  // the block goes only once the system is done with it
     }
   }
-  vp::FreePages(block);
+  FreeBlock(block);
   return result;
 }
