@@ -9,7 +9,9 @@
 // blocks, 8 a leg) shows what that memory allows. Also reads fio's source
 // through AsyncReadBuffer beside fio's direct sequential read. Beside both,
 // the same copy and read made by this process straight on io_uring with the
-// library's memory (8 MiB) show what an in-process job reaches here. The
+// library's memory (8 MiB) show what an in-process job reaches here, and the
+// read once more with the library's hand-over (submitted on one thread,
+// reaped on another) shows what that hand-over costs. The
 // system's caches are dropped before each run (as root; else the files' own
 // pages are evicted). Prints MB/s of the best and the median run of each,
 // ratios, and the growth of the peak resident size.
@@ -207,7 +209,7 @@ int main(int argc, char** argv) {
 
   // fio and the read-ahead, caches dropped before each; each round runs the
   // jobs in another order, so that none always follows the same one.
-  Rates copyCeiling, copySameMemory, fioRead, readAhead, uringRead;
+  Rates copyCeiling, copySameMemory, fioRead, readAhead, uringRead, twoThreads;
   const std::string copy =
       "--name=read --rw=read --filename=" + fioSource + " --name=write --rw=write --filename=" + fioDestination;
   const uint64_t allBytes = gSetup.sourceBytes * gSetup.sources.size();
@@ -225,6 +227,8 @@ int main(int argc, char** argv) {
       },
       // The read with the read-ahead's memory: 8 transfers of 1 MiB.
       [&] { uringRead.Add(Timed([&] { return bench::UringMove({fioSource}, "", 8, 1 << 20, true); })); },
+      // The same read with the library's hand-over: submitted here, reaped by another thread.
+      [&] { twoThreads.Add(Timed([&] { return bench::UringReadTwoThreads(fioSource, 8, 1 << 20); })); },
   };
   const int rounds = std::stoi(bench::Option(argc, argv, "benchmark_repetitions", "3"));
   for (int i = 0; i < rounds; ++i) {
@@ -251,6 +255,7 @@ int main(int argc, char** argv) {
   line("AsyncReadBuffer", readAhead.Best(), readAhead.Median());
   line("fio direct read", fioRead.Best(), fioRead.Median());
   line("io_uring read in this process, 8 MiB", uringRead.Best(), uringRead.Median());
+  line("io_uring read, reaped by another thread", twoThreads.Best(), twoThreads.Median());
   auto ratio = [](const char* what, double best, double median, const char* goal) {
     std::printf("  %-40s %8.2f %8.2f   %s\n", what, best, median, goal);
   };
@@ -271,6 +276,8 @@ int main(int argc, char** argv) {
         over(readAhead.Median(), fioRead.Median()), "(goal >= 0.95)");
   ratio("AsyncReadBuffer / io_uring read in this process", over(readAhead.Best(), uringRead.Best()),
         over(readAhead.Median(), uringRead.Median()), "");
+  ratio("AsyncReadBuffer / io_uring read reaped by another thread", over(readAhead.Best(), twoThreads.Best()),
+        over(readAhead.Median(), twoThreads.Median()), "");
   std::printf("  peak resident size growth in a join: %ld KiB (two buffers: %d KiB)\n", gSetup.memoryGrowthKiB,
               2 * 4096);
   return 0;

@@ -13,6 +13,9 @@
 #include <cstdlib>
 #include <string>
 #include <vector>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
 
 namespace bench {
 
@@ -81,6 +84,50 @@ inline uint64_t UringMove(const std::vector<std::string>& sources, const std::st
   io_uring_queue_exit(&ring);
   std::free(memory);
   return total;
+}
+
+// Reads `path` as UringMove does with `readOnly`, but split as the library
+// splits its work: this thread submits and sleeps on a condition variable,
+// another thread waits on the ring and wakes it for each end. Beside the
+// one-thread read it shows what that hand-over costs on this machine.
+inline uint64_t UringReadTwoThreads(const std::string& path, unsigned slots, unsigned slotBytes) {
+  io_uring ring;
+  if (io_uring_queue_init(2 * slots, &ring, 0) != 0) return 0;
+  void* memory = nullptr;
+  if (posix_memalign(&memory, 4096, std::size_t{slots} * slotBytes) != 0) return 0;
+  char* buffers = static_cast<char*>(memory);
+  int in = ::open(path.c_str(), O_RDONLY | O_DIRECT);
+  struct stat st{};
+  const uint64_t parts = in >= 0 && ::fstat(in, &st) == 0 ? static_cast<uint64_t>(st.st_size) / slotBytes : 0;
+  std::mutex mutex;
+  std::condition_variable wake;
+  uint64_t ended = 0;
+  std::thread reaper([&] {
+    for (uint64_t k = 0; k < parts; ++k) {
+      io_uring_cqe* cqe = nullptr;
+      if (io_uring_wait_cqe(&ring, &cqe) != 0) break;
+      io_uring_cqe_seen(&ring, cqe);
+      std::lock_guard<std::mutex> lock(mutex);
+      ++ended;
+      wake.notify_all();
+    }
+  });
+  uint64_t started = 0, seen = 0;
+  while (seen < parts) {
+    for (; started < parts && started - seen < slots; ++started) {
+      io_uring_sqe* sqe = io_uring_get_sqe(&ring);
+      io_uring_prep_read(sqe, in, buffers + (started % slots) * slotBytes, slotBytes, started * slotBytes);
+      io_uring_submit(&ring);
+    }
+    std::unique_lock<std::mutex> lock(mutex);
+    wake.wait(lock, [&] { return ended > seen; });
+    seen = ended;
+  }
+  reaper.join();
+  if (in >= 0) ::close(in);
+  io_uring_queue_exit(&ring);
+  std::free(memory);
+  return parts * slotBytes;
 }
 
 }  // namespace bench
