@@ -113,7 +113,6 @@ class MFileUniv::ConcatPipeline {
         mSlotBytes(vp::TransferPartBytes(static_cast<uint32_t>(info.mBufferSize), kTransfersPerBuffer)),
         mSlotsPerBuffer(static_cast<uint32_t>(info.mBufferSize) / mSlotBytes),
         mParts((info.mSourceSize + mSlotBytes - 1) / mSlotBytes),
-        mPieces((info.mSourceSize + mBufferBytes - 1) / mBufferBytes),
         mWriteBase(static_cast<uint64_t>(vp::GetOffset(info.mWriteInfo.mOverlapped))),
         mReservedEnd(mWriteBase) {
     int64_t size = -1;
@@ -307,13 +306,13 @@ class MFileUniv::ConcatPipeline {
       }
     }
   }
+
   MFileUniv& mFile;
   ConcatInfo& mInfo;
   const uint64_t mBufferBytes;
   const uint32_t mSlotBytes;
   const uint32_t mSlotsPerBuffer;
   const uint64_t mParts;      // slots' worth of the source, the last one short
-  const uint64_t mPieces;     // buffers' worth of the source, the last one short
   const uint64_t mWriteBase;  // where the source's first byte goes
   MEvent mEnded{false};       // signalled by the routine of every slot
   std::array<Slot, 2 * kTransfersPerBuffer> mSlots{};
