@@ -61,9 +61,7 @@ AsyncReadBuffer::AsyncReadBuffer()
       mReadPending(false),
       mPendingBytes(0),
       mOverlappedRecord{},
-      mPartRecords{},
-      mAheadBegun(false),
-      mAheadBytes(0) {}
+      mPartRecords{} {}
 
 AsyncReadBuffer::~AsyncReadBuffer() {
   FinishPendingRead();
@@ -81,8 +79,6 @@ MEvent* AsyncReadBuffer::PartEvent(int block, int part) {
 void AsyncReadBuffer::FinishPendingRead() {
   EndRead(0);
   EndRead(1);
-  mAheadBegun = false;
-  mAheadBytes = 0;
   mReadPending = false;
   mPendingBytes = 0;
 }
@@ -135,27 +131,25 @@ uint32_t AsyncReadBuffer::StartRead(int block, long long offset, int count) {
 void AsyncReadBuffer::ReadAheadInto(int parts) {
   if (!mReadPending || mPendingBytes <= 0) return;
   const int current = CurrentNumber();
-  if (!mAheadBegun) {
+  if (mReads[current].needed == 0) {
     const int ahead = static_cast<int>(std::min<long long>(mRemaining - mPendingBytes, mBlockSize));
     if (ahead <= 0) return;
     BeginRead(current, mBlockOffset + 2LL * mBlockSize, ahead);
-    mAheadBegun = true;
-    mAheadBytes = ahead;
   }
-  if (StartParts(current, parts) != 0) mAheadBytes = 0;
+  StartParts(current, parts);
 }
 
 int AsyncReadBuffer::RecycledBytes() const {
-  if (!mAheadBegun) return 0;
-  const BlockRead& read = mReads[CurrentNumber()];
-  return std::min(read.started * read.partBytes, mBlockSize);
+  const BlockRead& ahead = mReads[CurrentNumber()];
+  return std::min(ahead.started * ahead.partBytes, mBlockSize);
 }
 
 int AsyncReadBuffer::CopyOut(char* destination, long long into, int count) {
   if (count <= 0) return 0;
   // Bytes whose room the read ahead has taken come from the file again.
-  if (into < RecycledBytes()) {
-    const int front = static_cast<int>(std::min<long long>(count, RecycledBytes() - into));
+  const int recycled = RecycledBytes();
+  if (into < recycled) {
+    const int front = static_cast<int>(std::min<long long>(count, recycled - into));
     if (DoReadPieceOutsideOfBuffer(mBlockOffset + into, destination, front) != 0) return -1;
     destination += front;
     into += front;
@@ -172,7 +166,12 @@ int AsyncReadBuffer::PartBytesAt(long long offset) const {
 }
 
 void AsyncReadBuffer::Passed(long long end) {
-  const int partBytes = PartBytesAt(mBlockOffset + 2LL * mBlockSize);  // the read ahead's
+  // Called for every read of the consumer: nothing to do once the read
+  // ahead has started whole, or when nothing follows.
+  if (!mReadPending || mPendingBytes <= 0) return;
+  const BlockRead& ahead = mReads[CurrentNumber()];
+  if (ahead.needed > 0 && ahead.started == ahead.needed) return;
+  const int partBytes = ahead.needed > 0 ? ahead.partBytes : PartBytesAt(mBlockOffset + 2LL * mBlockSize);
   if (end >= partBytes) ReadAheadInto(static_cast<int>(end / partBytes));
 }
 
@@ -254,12 +253,10 @@ int AsyncReadBuffer::FillInReadBuffer(int& bytes) {
     mCurrentBlock = BlockOf(1 - current);
     // The read started ahead is the one under way now. Marked pending even
     // when a part of it could not start: a later call waits for it, and fails.
-    const bool aheadBegun = mAheadBegun;
-    mReadPending = aheadBegun;
-    mPendingBytes = mAheadBytes;
-    mAheadBegun = false;
-    mAheadBytes = 0;
-    if (aheadBegun) return mPendingBytes == 0 ? -1 : 0;
+    const BlockRead& ahead = mReads[current];
+    mReadPending = ahead.needed > 0;
+    mPendingBytes = ahead.startError == 0 ? ahead.count : 0;
+    if (mReadPending) return mPendingBytes == 0 ? -1 : 0;
   }
   if (mRemaining <= 0) return 0;
   if (!mBlockB) return -1;

@@ -131,10 +131,9 @@ class VBU_API AsyncReadBuffer {
   // mEvent, the others these (block A's, then block B's).
   OVERLAPPED mPartRecords[2 * kReadParts - 1];
   MEvent mPartEvents[2 * kReadParts - 1];
-  BlockRead mReads[2];  // block A's and block B's
-  // The read into the current block of what follows the other one: its
-  // parts start as the consumer passes them, the rest at the change of
-  // blocks. mAheadBytes is its length, 0 when a part could not start.
-  bool mAheadBegun;
-  int mAheadBytes;
+  // Block A's and block B's read. The other block's is the read under way;
+  // the current block's, once begun, the read of what follows the other
+  // block, whose parts start as the consumer passes them and the rest at the
+  // change of blocks.
+  BlockRead mReads[2];
 };
