@@ -63,6 +63,9 @@ struct Traits {
   bool text = false;
   uint32_t memoryAlignment = 0, offsetAlignment = 0;
   bool sequential = false;
+  // Read once from start to end through the cache: its pages are fetched
+  // ahead of the reads and given back behind them.
+  bool ReadOnceThroughCache() const { return sequential && memoryAlignment == 0; }
 };
 
 class Descriptors {
@@ -376,7 +379,7 @@ uint32_t OpenHandle(const unsigned short* path, HandleAccess access, HandleDispo
   } else if (uint32_t error = os::OpenForTransfers(bytes.Get(), access, disposition, false, &fd)) {
     return error;
   }
-  if (options.sequential && traits.memoryAlignment == 0) os::AdviseSequential(fd);
+  if (traits.ReadOnceThroughCache()) os::AdviseSequential(fd);
   Descriptors::Get().Set(fd, traits);
   *handle = fd;
   return 0;
@@ -400,7 +403,7 @@ uint32_t StartHandleTransfer(intptr_t handle, bool write, void* buffer, uint32_t
   // waits for the caller, and give back the pages of a piece read well
   // before, so that reading gigabytes neither pushes everything else out of
   // memory nor waits for fresh pages.
-  if (error == 0 && !write && traits.memoryAlignment == 0 && traits.sequential && overlapped) {
+  if (error == 0 && !write && traits.ReadOnceThroughCache() && overlapped) {
     const int64_t offset = GetOffset(*overlapped);
     os::AdviseWillNeed(fd, offset + count, count);
     // The span given back overlaps the last ones: the cache holds pages in
@@ -424,8 +427,9 @@ uint32_t FlushHandle(intptr_t handle) { return os::Flush(HandleDescriptor(handle
 
 uint32_t CloseHandle(intptr_t handle) {
   // A file read once in sequence gives back the rest of its pages too.
-  const Traits traits = Descriptors::Get().Find(HandleDescriptor(handle));
-  if (traits.sequential && traits.memoryAlignment == 0) os::AdviseDone(HandleDescriptor(handle), 0, 0);
+  if (Descriptors::Get().Find(HandleDescriptor(handle)).ReadOnceThroughCache()) {
+    os::AdviseDone(HandleDescriptor(handle), 0, 0);
+  }
   Descriptors::Get().Set(HandleDescriptor(handle), Traits{});
   return os::Close(HandleDescriptor(handle));
 }
