@@ -137,27 +137,6 @@ uint64_t ReadAhead(const std::string& path) {
   return total;
 }
 
-// The best and the median of a few runs, in MB/s.
-struct Rates {
-  std::vector<double> runs;
-  void Add(double rate) { runs.push_back(rate); }
-  double Best() const { return runs.empty() ? 0 : *std::max_element(runs.begin(), runs.end()); }
-  double Median() const {
-    std::vector<double> sorted = runs;
-    std::sort(sorted.begin(), sorted.end());
-    return sorted.empty() ? 0 : sorted[(sorted.size() - 1) / 2];
-  }
-};
-
-// MB/s of `run`, which gives the bytes it moved.
-template <typename Run>
-double Timed(Run run) {
-  auto start = std::chrono::steady_clock::now();
-  const uint64_t bytes = run();
-  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  return static_cast<double>(bytes) / 1e6 / seconds;
-}
-
 bool JoinWithDd() {
   const uint64_t size = gSetup.sourceBytes;
   for (std::size_t i = 0; i < gSetup.sources.size(); ++i) {
@@ -195,7 +174,7 @@ int main(int argc, char** argv) {
   const std::string fioDestination = folder.Path() + "/fio-destination.bin";
   gSetup.baselineKiB = bench::MemoryKiB("VmHWM:");
 
-  bench::BestTimes times(gSetup.sourceBytes * gSetup.sources.size(), ColdCaches);
+  bench::JobTimes times(gSetup.sourceBytes * gSetup.sources.size(), ColdCaches);
   times.Add("ConcatFile_MFileUniv", JoinWithConcatFile);
   times.Add("ConcatFile_MFiles_1GiB", JoinIntoSegments);
   times.Add("dd_direct_4M", JoinWithDd);
@@ -209,7 +188,7 @@ int main(int argc, char** argv) {
 
   // fio and the read-ahead, caches dropped before each; each round runs the
   // jobs in another order, so that none always follows the same one.
-  Rates copyCeiling, copySameMemory, fioRead, readAhead, uringRead, twoThreads;
+  bench::Rates copyCeiling, copySameMemory, fioRead, readAhead, uringRead, twoThreads;
   const std::string copy =
       "--name=read --rw=read --filename=" + fioSource + " --name=write --rw=write --filename=" + fioDestination;
   const uint64_t allBytes = gSetup.sourceBytes * gSetup.sources.size();
@@ -219,16 +198,16 @@ int main(int argc, char** argv) {
       [&] { copySameMemory.Add(FioRate(copy, "--bs=512k --iodepth=8")); },
       [&] { fioRead.Add(FioRate("--name=read --rw=read --filename=" + fioSource)); },
       [&] {
-        readAhead.Add(Timed([&] {
+        readAhead.Add(bench::Timed([&] {
           const uint64_t got = ReadAhead(fioSource);
           if (got != allBytes) std::fprintf(stderr, "the read-ahead fell short\n");
           return got;
         }));
       },
       // The read with the read-ahead's memory: 8 transfers of 1 MiB.
-      [&] { uringRead.Add(Timed([&] { return bench::UringMove({fioSource}, "", 8, 1 << 20, true); })); },
+      [&] { uringRead.Add(bench::Timed([&] { return bench::UringMove({fioSource}, "", 8, 1 << 20, true); })); },
       // The same read with the library's hand-over: submitted here, reaped by another thread.
-      [&] { twoThreads.Add(Timed([&] { return bench::UringReadTwoThreads(fioSource, 8, 1 << 20); })); },
+      [&] { twoThreads.Add(bench::Timed([&] { return bench::UringReadTwoThreads(fioSource, 8, 1 << 20); })); },
   };
   const int rounds = std::stoi(bench::Option(argc, argv, "benchmark_repetitions", "3"));
   for (int i = 0; i < rounds; ++i) {
@@ -242,42 +221,38 @@ int main(int argc, char** argv) {
 
   std::printf("\n%d sources of %llu MiB, %s before each run; MB/s of the best and the median run:\n", sources,
               static_cast<unsigned long long>(mib), gDropped ? "system caches dropped" : "the files' pages evicted");
-  auto line = [](const char* what, double best, double median) {
-    std::printf("  %-40s %8.1f %8.1f\n", what, best, median);
+  const bench::Rates& join = times.Of("ConcatFile_MFileUniv");
+  const bench::Rates& segments = times.Of("ConcatFile_MFiles_1GiB");
+  const bench::Rates& dd = times.Of("dd_direct_4M");
+  const bench::Rates& cat = times.Of("cat_then_sync");
+  const bench::Rates& uringCopy = times.Of("io_uring_copy_8MiB");
+  auto line = [](const char* what, const bench::Rates& rates) {
+    std::printf("  %-42s %8.1f %8.1f\n", what, rates.Best(), rates.Median());
   };
-  line("ConcatFile into MFileUniv", times.Rate("ConcatFile_MFileUniv"), times.MedianRate("ConcatFile_MFileUniv"));
-  line("ConcatFile into MFiles 1 GiB", times.Rate("ConcatFile_MFiles_1GiB"), times.MedianRate("ConcatFile_MFiles_1GiB"));
-  line("dd direct 4M", times.Rate("dd_direct_4M"), times.MedianRate("dd_direct_4M"));
-  line("cat + sync", times.Rate("cat_then_sync"), times.MedianRate("cat_then_sync"));
-  line("fio copy ceiling (slower leg)", copyCeiling.Best(), copyCeiling.Median());
-  line("fio copy, 8 MiB in flight (slower leg)", copySameMemory.Best(), copySameMemory.Median());
-  line("io_uring copy in this process, 8 MiB", times.Rate("io_uring_copy_8MiB"), times.MedianRate("io_uring_copy_8MiB"));
-  line("AsyncReadBuffer", readAhead.Best(), readAhead.Median());
-  line("fio direct read", fioRead.Best(), fioRead.Median());
-  line("io_uring read in this process, 8 MiB", uringRead.Best(), uringRead.Median());
-  line("io_uring read, reaped by another thread", twoThreads.Best(), twoThreads.Median());
-  auto ratio = [](const char* what, double best, double median, const char* goal) {
-    std::printf("  %-40s %8.2f %8.2f   %s\n", what, best, median, goal);
+  line("ConcatFile into MFileUniv", join);
+  line("ConcatFile into MFiles 1 GiB", segments);
+  line("dd direct 4M", dd);
+  line("cat + sync", cat);
+  line("fio copy ceiling (slower leg)", copyCeiling);
+  line("fio copy, 8 MiB in flight (slower leg)", copySameMemory);
+  line("io_uring copy in this process, 8 MiB", uringCopy);
+  line("AsyncReadBuffer", readAhead);
+  line("fio direct read", fioRead);
+  line("io_uring read in this process, 8 MiB", uringRead);
+  line("io_uring read, reaped by another thread", twoThreads);
+  auto ratio = [](const char* what, const bench::Rates& a, const bench::Rates& b, const char* goal = "") {
+    auto over = [](double x, double y) { return y > 0 ? x / y : 0.0; };
+    std::printf("  %-42s %8.2f %8.2f   %s\n", what, over(a.Best(), b.Best()), over(a.Median(), b.Median()), goal);
   };
-  auto over = [](double a, double b) { return b > 0 ? a / b : 0.0; };
-  const char* join = "ConcatFile_MFileUniv";
-  ratio("join / dd", times.Ratio(join, "dd_direct_4M"), times.Ratio(join, "dd_direct_4M", false), "");
-  ratio("join / cat+sync", times.Ratio(join, "cat_then_sync"), times.Ratio(join, "cat_then_sync", false),
-        "(goal >= 1.20)");
-  ratio("join / fio ceiling", over(times.Rate(join), copyCeiling.Best()),
-        over(times.MedianRate(join), copyCeiling.Median()), "(goal >= 0.90)");
-  ratio("join / fio copy with 8 MiB in flight", over(times.Rate(join), copySameMemory.Best()),
-        over(times.MedianRate(join), copySameMemory.Median()), "");
-  ratio("join / io_uring copy in this process", times.Ratio(join, "io_uring_copy_8MiB"),
-        times.Ratio(join, "io_uring_copy_8MiB", false), "");
-  ratio("MFiles / MFileUniv", times.Ratio("ConcatFile_MFiles_1GiB", join),
-        times.Ratio("ConcatFile_MFiles_1GiB", join, false), "(goal >= 0.95)");
-  ratio("AsyncReadBuffer / fio direct read", over(readAhead.Best(), fioRead.Best()),
-        over(readAhead.Median(), fioRead.Median()), "(goal >= 0.95)");
-  ratio("AsyncReadBuffer / io_uring read in this process", over(readAhead.Best(), uringRead.Best()),
-        over(readAhead.Median(), uringRead.Median()), "");
-  ratio("AsyncReadBuffer / io_uring read reaped by another thread", over(readAhead.Best(), twoThreads.Best()),
-        over(readAhead.Median(), twoThreads.Median()), "");
+  ratio("join / dd", join, dd);
+  ratio("join / cat+sync", join, cat, "(goal >= 1.20)");
+  ratio("join / fio ceiling", join, copyCeiling, "(goal >= 0.90)");
+  ratio("join / fio copy with 8 MiB in flight", join, copySameMemory);
+  ratio("join / io_uring copy in this process", join, uringCopy);
+  ratio("MFiles / MFileUniv", segments, join, "(goal >= 0.95)");
+  ratio("AsyncReadBuffer / fio direct read", readAhead, fioRead, "(goal >= 0.95)");
+  ratio("AsyncReadBuffer / io_uring read in this process", readAhead, uringRead);
+  ratio("AsyncReadBuffer / io_uring read reaped by another", readAhead, twoThreads);
   std::printf("  peak resident size growth in a join: %ld KiB (two buffers: %d KiB)\n", gSetup.memoryGrowthKiB,
               2 * 4096);
   return 0;

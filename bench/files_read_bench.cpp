@@ -62,7 +62,7 @@ int main(int argc, char** argv) {
   gPath = folder.Path() + "/title.vob";
   bench::MakeFile(gPath, gBytes, 7);
 
-  bench::BestTimes times(gBytes, [] { bench::Evict(gPath); });
+  bench::JobTimes times(gBytes, [] { bench::Evict(gPath); });
   times.Add("AsyncReadBuffer_2048", [] { return ReadAhead() == gBytes; });
   times.Add("O_DIRECT_read_4M", [] { return ReadDirect() == gBytes; });
   times.Run(argc, argv);

@@ -80,7 +80,7 @@ int main(int argc, char** argv) {
     }
   }
 
-  bench::BestTimes times(gBytes, Prepare);
+  bench::JobTimes times(gBytes, Prepare);
   times.Add("write_MFiles", [] {
     MFiles file;
     file.SetMaxFileSize(gLimit);

@@ -99,14 +99,35 @@ inline int Run(const std::string& command) {
   return status;
 }
 
+// The rates of a job's runs, in MB (10^6 bytes) per second: the best and
+// the median; 0 when it never ran.
+struct Rates {
+  std::vector<double> runs;
+  void Add(double rate) { runs.push_back(rate); }
+  double Best() const { return runs.empty() ? 0.0 : *std::max_element(runs.begin(), runs.end()); }
+  double Median() const {
+    std::vector<double> sorted = runs;
+    std::sort(sorted.begin(), sorted.end());
+    return sorted.empty() ? 0.0 : sorted[(sorted.size() - 1) / 2];
+  }
+};
+
+// MB/s of `run`, which gives the bytes it moved.
+template <typename Run>
+double Timed(Run run) {
+  auto start = std::chrono::steady_clock::now();
+  const uint64_t bytes = run();
+  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  return seconds > 0 ? static_cast<double>(bytes) / 1e6 / seconds : 0.0;
+}
+
 // Whole jobs timed side by side: each runs once a repetition (three unless
 // --benchmark_repetitions says otherwise) after an untimed `prepare`, the
 // repetitions of all jobs interleaved in a random order, so that a slow
-// spell of the machine falls on every job alike. Keeps every time, for the
-// best and the median run of each job.
-class BestTimes {
+// spell of the machine falls on every job alike. Keeps the rate of every run.
+class JobTimes {
  public:
-  BestTimes(uint64_t bytes, std::function<void()> prepare) : mBytes(bytes), mPrepare(std::move(prepare)) {}
+  JobTimes(uint64_t bytes, std::function<void()> prepare) : mBytes(bytes), mPrepare(std::move(prepare)) {}
 
   // Adds a job; `run` gives false when it failed.
   void Add(const std::string& name, std::function<bool()> run) {
@@ -126,25 +147,20 @@ class BestTimes {
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
   }
-  // Of the job's best run, in MB (10^6 bytes) per second; 0 if it never ran.
-  double Rate(const std::string& name) const { return RateOf(name, true); }
-  // Of the job's median run.
-  double MedianRate(const std::string& name) const { return RateOf(name, false); }
-  // Rate of `a` over rate of `b` (best runs, or median runs); 0 if either never ran.
-  double Ratio(const std::string& a, const std::string& b, bool best = true) const {
-    return RateOf(b, best) > 0 ? RateOf(a, best) / RateOf(b, best) : 0.0;
+  // The rates of the job's runs that did not fail.
+  const Rates& Of(const std::string& name) const {
+    static const Rates kNone;
+    auto found = mRates.find(name);
+    return found == mRates.end() ? kNone : found->second;
+  }
+  // Of the job's best run; 0 if it never ran.
+  double Rate(const std::string& name) const { return Of(name).Best(); }
+  // Rate of `a` over rate of `b`, best runs; 0 if either never ran.
+  double Ratio(const std::string& a, const std::string& b) const {
+    return Rate(b) > 0 ? Rate(a) / Rate(b) : 0.0;
   }
 
  private:
-  double RateOf(const std::string& name, bool best) const {
-    auto found = mTimes.find(name);
-    if (found == mTimes.end() || found->second.empty()) return 0.0;
-    std::vector<double> times = found->second;
-    std::sort(times.begin(), times.end());
-    const double seconds = best ? times.front() : times[times.size() / 2];
-    return seconds > 0 ? static_cast<double>(mBytes) / 1e6 / seconds : 0.0;
-  }
-
   void Measure(benchmark::State& state, const std::string& name, const std::function<bool()>& run) {
     for (auto _ : state) {
       state.PauseTiming();
@@ -155,14 +171,14 @@ class BestTimes {
       double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
       if (!ok) state.SkipWithError("the run failed");
       state.SetIterationTime(seconds);
-      if (ok) mTimes[name].push_back(seconds);
+      if (ok && seconds > 0) mRates[name].Add(static_cast<double>(mBytes) / 1e6 / seconds);
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * mBytes));
   }
 
   uint64_t mBytes;
   std::function<void()> mPrepare;
-  std::map<std::string, std::vector<double>> mTimes;
+  std::map<std::string, Rates> mRates;
 };
 
 }  // namespace bench
