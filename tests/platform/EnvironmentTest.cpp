@@ -1,6 +1,6 @@
 // The application's environment with the system's answers set by the test:
 // the executable in a temporary tree, the user's home folder, module loads
-// counted, and settings writes that fail part way.
+// counted, and a settings write that fills the disk part way.
 #include <VantoroBasicUtils/environment/CBrevanderDirectories.h>
 #include <VantoroBasicUtils/environment/CBrevanderProfile.h>
 #include <VantoroBasicUtils/environment/CSharedLibrary.h>
@@ -221,113 +221,50 @@ TEST_F(AppTree, SetAppProfileUsesTheFileBesideTheExecutable) {
 
 namespace {
 
-// Fails the `n`th call (1 = the next) of one system call with `error`; the
-// others go through. A write fails after moving half of what it was given.
-class StFailSettingsCall : public StSysCallTable {
+// A disk that fills up in the middle of a write: the first write to a file
+// moves half of what it was given, every later one fails with ENOSPC. (A
+// failure of each call in turn, the whole call, is swept in
+// PathFaultSweepTest.)
+class StDiskFillsUp : public StSysCallTable {
  public:
-  enum Call { kOpen, kWrite, kFsync, kClose, kRename, kChmod };
-  StFailSettingsCall(Call call, int n, int error) {
-    sCountdown = n;
-    sError = error;
-    switch (call) {
-      case kOpen:
-        vp::Sys().open = [](const char* path, int flags, unsigned mode) {
-          if ((flags & O_CREAT) && --sCountdown == 0) return errno = sError, -1;
-          return vp::DefaultSysCalls().open(path, flags, mode);
-        };
-        break;
-      case kWrite:
-        vp::Sys().write = [](int fd, const void* buffer, std::size_t count) -> long {
-          if (fd > 2 && --sCountdown == 0) {
-            if (count > 1) return vp::DefaultSysCalls().write(fd, buffer, count / 2);
-            return errno = sError, -1;
-          }
-          if (fd > 2 && sCountdown < 0) return errno = sError, -1;
-          return vp::DefaultSysCalls().write(fd, buffer, count);
-        };
-        break;
-      case kFsync:
-        vp::Sys().fsync = [](int fd) { return --sCountdown == 0 ? (errno = sError, -1) : vp::DefaultSysCalls().fsync(fd); };
-        break;
-      case kClose:
-        vp::Sys().close = [](int fd) {
-          int result = vp::DefaultSysCalls().close(fd);
-          return --sCountdown == 0 ? (errno = sError, -1) : result;
-        };
-        break;
-      case kRename:
-        vp::Sys().rename = [](const char* from, const char* to) {
-          return --sCountdown == 0 ? (errno = sError, -1) : vp::DefaultSysCalls().rename(from, to);
-        };
-        break;
-      case kChmod:
-        vp::Sys().chmod = [](const char* path, unsigned mode) {
-          return --sCountdown == 0 ? (errno = sError, -1) : vp::DefaultSysCalls().chmod(path, mode);
-        };
-        break;
-    }
+  StDiskFillsUp() {
+    sWrites = 0;
+    vp::Sys().write = [](int fd, const void* buffer, std::size_t count) -> long {
+      if (fd <= 2) return vp::DefaultSysCalls().write(fd, buffer, count);
+      if (++sWrites == 1 && count > 1) return vp::DefaultSysCalls().write(fd, buffer, count / 2);
+      return errno = ENOSPC, -1;
+    };
   }
 
  private:
-  static inline int sCountdown = 0;
-  static inline int sError = 0;
+  static inline int sWrites = 0;
 };
 
 }  // namespace
 
-TEST(SettingsFile, AnInterruptedWriteLeavesTheOldFileWhole) {
+TEST(SettingsFile, ADiskThatFillsUpMidWriteLeavesTheOldFileWhole) {
   TempFolder dir;
   const std::string old = "; notes\n[Audio]\nBitrate=128\n" + std::string(100000, 'x') + "=1\n";
   const std::u16string path = Wide(dir.Bytes("app.ini"));
-  struct Case {
-    StFailSettingsCall::Call call;
-    int n, error;
-    const char* what;
-  } cases[] = {
-      {StFailSettingsCall::kWrite, 1, ENOSPC, "a full disk"},
-      {StFailSettingsCall::kWrite, 1, EIO, "an I/O error"},
-      {StFailSettingsCall::kFsync, 1, EIO, "a failed flush"},
-      {StFailSettingsCall::kClose, 2, EIO, "a failed close"},  // the first close is the read's
-      {StFailSettingsCall::kRename, 1, EIO, "a failed rename"},
-      {StFailSettingsCall::kOpen, 1, EACCES, "a folder that takes no file"},
-      {StFailSettingsCall::kChmod, 1, EPERM, "permissions that cannot be carried over"},
-  };
-  for (const Case& c : cases) {
-    WriteAll(dir.Bytes("app.ini"), old);
-    uint32_t result;
-    {
-      StFailSettingsCall failing(c.call, c.n, c.error);
-      result = vp::WriteSetting(path.c_str(), u"Audio", u"Bitrate", u"256");
-    }
-    EXPECT_EQ(result, static_cast<uint32_t>(c.error)) << c.what;
-    EXPECT_EQ(ReadAll(dir.Bytes("app.ini")), old) << c.what;
-    int files = 0;
-    for (const auto& entry : fs::directory_iterator(dir.Bytes(""))) files += entry.is_regular_file();
-    EXPECT_EQ(files, 1) << c.what << ": nothing is left beside the file";
+  WriteAll(dir.Bytes("app.ini"), old);
+  {
+    StDiskFillsUp full;
+    EXPECT_EQ(vp::WriteSetting(path.c_str(), u"Audio", u"Bitrate", u"256"), static_cast<uint32_t>(ENOSPC));
   }
+  EXPECT_EQ(ReadAll(dir.Bytes("app.ini")), old);
+  int files = 0;
+  for (const auto& entry : fs::directory_iterator(dir.Bytes(""))) files += entry.is_regular_file();
+  EXPECT_EQ(files, 1) << "nothing is left beside the file";
   // Through the profile the failure is silent, and the file is whole as well.
   {
     CBrevanderProfile::SetProfilePath(vbu::ToUnits(path.c_str()));
-    StFailSettingsCall failing(StFailSettingsCall::kWrite, 1, ENOSPC);
+    StDiskFillsUp full;
     CBrevanderProfile::WriteProfileInt(kProfileAudioBitrate, 256);
     CBrevanderProfile::SetProfilePath(nullptr);
   }
   EXPECT_EQ(ReadAll(dir.Bytes("app.ini")), old);
   EXPECT_EQ(vp::WriteSetting(path.c_str(), u"Audio", u"Bitrate", u"256"), 0u);
   EXPECT_NE(ReadAll(dir.Bytes("app.ini")).find("Bitrate=256\r\n"), std::string::npos);
-}
-
-TEST(SettingsFile, AFileThatCannotBeReadIsNotReplaced) {
-  TempFolder dir;
-  WriteAll(dir.Bytes("app.ini"), "[A]\nx=1\n");
-  const std::u16string path = Wide(dir.Bytes("app.ini"));
-  StSysCallTable saved;
-  vp::Sys().read = [](int, void*, std::size_t) -> long { return errno = EIO, -1; };
-  EXPECT_EQ(vp::WriteSetting(path.c_str(), u"A", u"y", u"2"), vp::kErrorIo);
-  std::u16string value;
-  EXPECT_FALSE(vp::ReadSetting(path.c_str(), u"A", u"x", &value));
-  vp::Sys() = vp::DefaultSysCalls();
-  EXPECT_EQ(ReadAll(dir.Bytes("app.ini")), "[A]\nx=1\n");
 }
 
 namespace {

@@ -246,6 +246,8 @@ const PathSweep kSweeps[] = {
        faults.Pause();
        const std::string after = ReadAll(path);
        if (error != 0) {
+         // Whichever call failed (open, read, write, flush, close, rename, chmod), its code.
+         EXPECT_EQ(error, static_cast<uint32_t>(kError)) << faults.Describe();
          EXPECT_EQ(after, before) << faults.Describe();
        } else {
          EXPECT_EQ(after, "[Audio]\r\nBitrate=256\r\n; note\r\n[Video]\r\nA=1\r\n") << faults.Describe();
