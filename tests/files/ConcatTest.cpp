@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <vector>
 
 #include "support/TempFolder.h"
 
@@ -49,47 +50,49 @@ class Concat : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(Concat, SourcesArePaddedToSectorsAndFollowEachOther) {
-  Hearing hearing;
-  EXPECT_EQ(Join("empty", 0, 1), 0);
-  EXPECT_EQ(Offset(), 0) << "an empty source writes nothing";
-  EXPECT_EQ(Join("a", 5000, 2), 0);
-  EXPECT_EQ(Offset(), 6144);
-  EXPECT_EQ(hearing.advanced, 3) << "6144 bytes are 3 units of progress";
-  EXPECT_EQ(Join("b", 5000, 3), 0);
-  EXPECT_EQ(Offset(), 12288) << "the second starts at 6144";
-  EXPECT_EQ(hearing.masks, (std::vector<int>{kStatusAdvance, kStatusAdvance}));
-  EXPECT_TRUE(hearing.messages.empty());
-  EXPECT_EQ(Disc(), Padded(sources["a"]) + Padded(sources["b"]));
-}
-
-TEST_F(Concat, OneBufferExactlyAndOneByteMore) {
-  Hearing hearing;
-  EXPECT_EQ(Join("whole", kBuffer, 4), 0);
-  EXPECT_EQ(Offset(), kBuffer) << "no padding";
-  EXPECT_EQ(hearing.masks.size(), 1u) << "one write";
-  EXPECT_EQ(Join("more", kBuffer + 1, 5), 0);
-  EXPECT_EQ(Offset(), 2 * kBuffer + 2048);
-  EXPECT_EQ(hearing.masks.size(), 3u) << "two more writes, the second of one byte and 2047 zeros";
-  EXPECT_EQ(hearing.advanced, (2 * kBuffer + 2048) / 2048);
-  EXPECT_EQ(Disc(), sources["whole"] + Padded(sources["more"]));
-}
-
-TEST_F(Concat, ManyBuffersAndAStartOffsetAndALargerSector) {
-  MFileUniv other;
-  ASSERT_EQ(other.FOpen(dir.Path("other.iso"), MFile::file_overlapped_create), 0);
-  ASSERT_EQ(other.ConcatInitialize(4096, 8192), 0);
-  EXPECT_EQ(other.GetConcatInfo().mBufferSize, 8388608);
-  std::string big = Pattern(3 * 8388608 + 5000, 6);
-  WriteAll(dir.Bytes("big"), big);
-  bool cancelled = false;
-  MString path = dir.Path("big");
-  EXPECT_EQ(other.ConcatFile(path, 0, cancelled, 0), 0);
-  EXPECT_EQ(other.GetConcatInfo().mWriteInfo.mOverlapped.Offset, 8192u + 3 * 8388608 + 8192);
-  EXPECT_EQ(other.FClose(), 0);
-  std::string disc = ReadAll(dir.Bytes("other.iso"));
-  EXPECT_EQ(disc.substr(0, 8192), std::string(8192, '\0'));
-  EXPECT_TRUE(disc.substr(8192) == big + std::string(8192 - 5000, '\0')) << "padded to 4096 bytes";
+// Runs of sources, each padded with zeros to the sector and following the
+// last: the offset, one progress message per buffer written with every unit
+// counted, and the bytes of the destination.
+TEST(ConcatRuns, SourcesArePaddedToSectorsAndFollowEachOther) {
+  struct Row {
+    const char* what;
+    long sector;
+    long long start;
+    std::vector<std::size_t> sizes;
+  };
+  const Row rows[] = {
+      {"an empty source writes nothing; two of 5000 bytes", 2048, 0, {0, 5000, 5000}},
+      {"one buffer exactly, then one byte more", 2048, 0, {kBuffer, kBuffer + 1}},
+      {"a larger sector, many buffers, a start offset", 4096, 8192, {3 * 2 * kBuffer + 5000}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what);
+    TempFolder dir;
+    MFileUniv destination;
+    ASSERT_EQ(destination.FOpen(dir.Path("disc.iso"), MFile::file_overlapped_create), 0);
+    ASSERT_EQ(destination.ConcatInitialize(row.sector, row.start), 0);
+    const std::size_t buffer = static_cast<std::size_t>(row.sector) * 2048;
+    Hearing hearing;
+    std::string expected(static_cast<std::size_t>(row.start), '\0');
+    std::size_t writes = 0;
+    for (std::size_t k = 0; k < row.sizes.size(); ++k) {
+      const std::string bytes = Pattern(row.sizes[k], static_cast<unsigned>(k + 2));
+      const std::string name = "s" + std::to_string(k);
+      WriteAll(dir.Bytes(name), bytes);
+      MString path = dir.Path(name);
+      bool cancelled = false;
+      EXPECT_EQ(destination.ConcatFile(path, 0, cancelled, 0), 0);
+      const std::size_t sector = static_cast<std::size_t>(row.sector);
+      expected += bytes + std::string((sector - bytes.size() % sector) % sector, '\0');
+      writes += (bytes.size() + buffer - 1) / buffer;
+      EXPECT_EQ(destination.GetConcatInfo().mWriteInfo.mOverlapped.Offset, expected.size());
+    }
+    EXPECT_EQ(hearing.masks, std::vector<int>(writes, kStatusAdvance));
+    EXPECT_EQ(static_cast<std::size_t>(hearing.advanced) * 2048, expected.size() - static_cast<std::size_t>(row.start));
+    EXPECT_TRUE(hearing.messages.empty());
+    EXPECT_EQ(destination.FClose(), 0);
+    EXPECT_TRUE(ReadAll(dir.Bytes("disc.iso")) == expected);
+  }
 }
 
 TEST_F(Concat, BlocksFromMemoryArePaddedWithoutProgress) {
