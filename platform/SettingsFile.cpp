@@ -205,7 +205,7 @@ std::u16string GetSettingsFile() {
 bool FindSetting(const std::string& text, const char16_t* section, const char16_t* key, std::u16string* value) {
   if (!section || !key) return false;
   std::vector<Line> lines = ParseLines(text);
-  std::size_t first, last;
+  std::size_t first = 0, last = 0;  // set whenever the section is found; -O3 cannot see that
   uint32_t error = 0;
   if (!FindSection(text, lines, Trimmed(section), &first, &last, &error)) return false;
   std::size_t at = FindKey(text, lines, first + 1, last, Trimmed(key), &error);
@@ -228,7 +228,7 @@ bool ApplySetting(std::string* text, const char16_t* section, const char16_t* ke
   const std::string valueBytes = ToSystemBytes(value, error);
   if (*error != 0) return false;
   std::vector<Line> lines = ParseLines(*text);
-  std::size_t first, last;
+  std::size_t first = 0, last = 0;  // set whenever the section is found; -O3 cannot see that
   bool found = FindSection(*text, lines, Trimmed(section), &first, &last, error);
   if (*error != 0) return false;
   if (!key) {
