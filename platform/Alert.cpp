@@ -26,7 +26,7 @@ void QueueCompletion(MThreadAlert& thread, MQueuedCompletion* entry) {
     thread.mHead = entry;
   }
   thread.mTail = entry;
-  thread.mWake.notify_all();
+  WakeThread(thread);
 }
 
 }  // namespace vbu::platform

@@ -1,14 +1,18 @@
 // Asynchronous transfers. One engine for the process: a request pool, a
 // count of transfers under way for each descriptor (so that a cancel can
 // wait for them), and two routes. On the ring route the system's ring
-// (linux/AsyncIO.inc) moves the data and one reaper thread hands each end to
-// its record's event or to the starting thread's queue of completion
-// routines. A few threads of the layer's own, started when first needed,
+// (linux/AsyncIO.inc) moves the data, and the ends are handed to their
+// records' events or to the starting threads' queues of completion routines
+// by whoever takes them from the ring first: a thread that waits while
+// transfers of its own are in the ring sleeps in the ring and takes them
+// itself, since a hand-over from another thread costs a wake-up for every
+// transfer; one reaper thread takes all the others. A few threads of the layer's own, started when first needed,
 // make the transfers that the ring does not take: all of them where the
 // system refuses a ring or the host chose the threads, and any single one
 // that a full or failing ring refuses. A transfer, once started, always ends.
 #include "platform/internal/AsyncIO.h"
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <memory>
@@ -45,6 +49,9 @@ namespace {
 
 constexpr unsigned kRingEntries = 256;
 constexpr int kTransferThreads = 4;
+// The longest single sleep of a waiting thread in the ring: a wake-up that
+// the ring could not take (full, or failing) is late by at most this.
+constexpr uint32_t kRingSleepMilliseconds = 50;
 
 #if defined(VBU_TRANSFER_THREADS)
 std::atomic<TransferRoute> gRoute{TransferRoute::kThreads};
@@ -60,7 +67,7 @@ struct Request : MQueuedCompletion {
   int64_t mOffset = 0;
   OVERLAPPED* mOverlapped = nullptr;
   CompletionRoutine mRoutine = nullptr;
-  std::shared_ptr<MThreadAlert> mStarter;  // the thread that runs mRoutine
+  std::shared_ptr<MThreadAlert> mStarter;  // the thread that started it, and runs mRoutine
   uint32_t mError = 0;
   uint32_t mBytes = 0;
   bool mOnRing = false;      // in the ring; else on the threads' route
@@ -87,7 +94,7 @@ class Engine {
     r->mOffset = GetOffset(*overlapped);
     r->mOverlapped = overlapped;
     r->mRoutine = routine;
-    if (routine) r->mStarter = CurrentThreadAlert();
+    r->mStarter = CurrentThreadAlert();
     r->mError = r->mBytes = 0;
     overlapped->Internal = kErrorIoPending;
     overlapped->InternalHigh = 0;
@@ -131,8 +138,34 @@ class Engine {
 
   bool RingCarriesTransfers() {
     if (gRoute.load(std::memory_order_relaxed) != TransferRoute::kSystemQueue) return false;
+    std::unique_lock<std::mutex> lock(mRingMutex);
+    return OpenRing(lock);
+  }
+
+  // Sleeps in the ring for a waiting thread whose transfers are there
+  // (WaitInTransferRing), then takes every end found.
+  bool WaitInRing(MThreadAlert& self, uint32_t milliseconds) {
+    {
+      std::lock_guard<std::mutex> lock(mRingMutex);
+      if (mRingState != RingState::kOpen || !mRing.WaitsWithLimit()) return false;
+      ++mRingSleepers;
+    }
+    const uint32_t error = mRing.WaitReady(std::min(milliseconds, kRingSleepMilliseconds));
+    self.mInRingWait.store(false, std::memory_order_release);
+    if (error == 0) TakeEnds();
+    {
+      std::lock_guard<std::mutex> lock(mRingMutex);
+      if (--mRingSleepers == 0) mRingIdle.notify_all();
+    }
+    // A failed sleep leaves the ends to the reaper, whose own wait decides the ring's fate.
+    return error == 0;
+  }
+
+  // Wakes the threads that sleep in the ring. Best effort: one that misses
+  // it wakes by itself within kRingSleepMilliseconds.
+  void WakeRing() {
     std::lock_guard<std::mutex> lock(mRingMutex);
-    return OpenRing();
+    if (mRingState == RingState::kOpen) mRing.SubmitWake();
   }
 
   // A refused ring is asked again once the host asks for it again.
@@ -155,14 +188,23 @@ class Engine {
   ~Engine() {
     {
       std::unique_lock<std::mutex> lock(mRingMutex);
-      if (mRingState == RingState::kOpen && mRing.SubmitStop() != 0) {
-        // The reaper cannot be told to end: leave it, and the ring, to the process's end.
-        mReaper.detach();
-        mRingState = RingState::kUntried;
+      if (mRingState == RingState::kOpen) {
+        mStopReaper.store(true);
+        // A waiting thread may take the wake-up first: repeat it until the reaper has gone.
+        bool told = false;
+        while (mReaperRunning && mRing.SubmitWake() == 0) {
+          told = true;
+          mReaperEnded.wait_for(lock, std::chrono::milliseconds(kRingSleepMilliseconds));
+        }
+        if (mReaperRunning && !told) {
+          // The reaper cannot be told to end: leave it, and the ring, to the process's end.
+          mReaper.detach();
+          mRingState = RingState::kUntried;
+        }
       }
     }
     if (mReaper.joinable()) mReaper.join();
-    if (mRingState == RingState::kOpen || mRingState == RingState::kFailed) mRing.Close();
+    if (mRingState == RingState::kOpen || mRingState == RingState::kFailed) CloseRing();
     {
       std::lock_guard<std::mutex> lock(mMutex);
       mStopping = true;
@@ -205,31 +247,47 @@ class Engine {
   // ---- the ring route
 
   // Opens the ring if it is not open: the first time, or anew after a ring
-  // whose wait failed. True when it is open. Under mRingMutex.
-  bool OpenRing() {
+  // whose wait failed. True when it is open. Under mRingMutex (`lock`).
+  bool OpenRing(std::unique_lock<std::mutex>& lock) {
     if (mRingState == RingState::kOpen) return true;
     if (mRingState == RingState::kRefused) return false;
     if (mRingState == RingState::kFailed) {
-      // Its reaper has handed back every transfer and is ending.
-      mReaper.join();
-      mRing.Close();
+      // Its reaper has handed back every transfer and is ending; threads
+      // that sleep in it wake within kRingSleepMilliseconds.
+      mReaperEnded.wait(lock, [this] { return !mReaperRunning; });
+      if (mReaper.joinable()) mReaper.join();
+      mRingIdle.wait(lock, [this] { return mRingSleepers == 0; });
+      if (mRingState != RingState::kFailed) return mRingState == RingState::kOpen;  // another thread reopened it
+      CloseRing();
     }
     if (mRing.Open(kRingEntries) != 0) {
       mRingState = RingState::kRefused;
       return false;
     }
     mRingState = RingState::kOpen;
+    mStopReaper.store(false);
+    mReaperRunning = true;
     mReaper = std::thread([this] { Reap(); });
     return true;
+  }
+
+  void CloseRing() {
+    mRing.Close();
+    mRingState = RingState::kUntried;
   }
 
   // Hands `r` to the ring; false when the ring does not take it (refused,
   // full or failing), and the caller moves it on the threads. `mayOpen` is
   // false on the reaper's own thread, which must never wait for itself.
   bool SubmitToRing(Request* r, bool mayOpen) {
-    std::lock_guard<std::mutex> lock(mRingMutex);
-    if (mayOpen ? !OpenRing() : mRingState != RingState::kOpen) return false;
-    if (mRing.Submit(r->mWrite, r->mFd, r->mBuffer, r->mCount, r->mOffset, r) != 0) return false;
+    std::unique_lock<std::mutex> lock(mRingMutex);
+    if (mayOpen ? !OpenRing(lock) : mRingState != RingState::kOpen) return false;
+    // Counted before the system may end it: its starter sleeps in the ring from now on.
+    r->mStarter->mTransfersInRing.fetch_add(1, std::memory_order_acq_rel);
+    if (mRing.Submit(r->mWrite, r->mFd, r->mBuffer, r->mCount, r->mOffset, r) != 0) {
+      r->mStarter->mTransfersInRing.fetch_sub(1, std::memory_order_acq_rel);
+      return false;
+    }
     // In the list of transfers in the ring, so that a failed wait can end them.
     r->mOnRing = true;
     r->mPrevious = nullptr;
@@ -239,47 +297,67 @@ class Engine {
     return true;
   }
 
-  void Reap() {
+  // Takes `r` out of the ring's list. Under mRingMutex.
+  void LeaveRing(Request* r) {
+    if (r->mPrevious) {
+      r->mPrevious->mNext = r->mNext;
+    } else {
+      mInRing = r->mNext;
+    }
+    if (r->mNext) r->mNext->mPrevious = r->mPrevious;
+    r->mNext = r->mPrevious = nullptr;
+    r->mOnRing = false;
+    r->mStarter->mTransfersInRing.fetch_sub(1, std::memory_order_acq_rel);
+  }
+
+  // Delivers every end that the ring holds now. Any thread; one at a time.
+  void TakeEnds() {
+    std::lock_guard<std::mutex> taking(mTakeMutex);
+    void* tag = nullptr;
+    Outcome outcome;
     for (;;) {
-      void* tag = nullptr;
-      Outcome outcome;
-      if (uint32_t error = mRing.Wait(&tag, &outcome)) {
-        FailRing(error);
-        return;
-      }
-      if (!tag) return;
-      auto* r = static_cast<Request*>(tag);
       {
+        std::lock_guard<std::mutex> lock(mRingMutex);
+        // A failed ring's transfers have all been ended already: what comes
+        // out of it later is not theirs to deliver again.
+        if (mRingState != RingState::kOpen || !mRing.Next(&tag, &outcome)) return;
         // Also pairs with the submitter's release of the lock: the request's
         // fields were written before it was submitted.
-        std::lock_guard<std::mutex> lock(mRingMutex);
-        if (r->mPrevious) {
-          r->mPrevious->mNext = r->mNext;
-        } else {
-          mInRing = r->mNext;
-        }
-        if (r->mNext) r->mNext->mPrevious = r->mPrevious;
-        r->mNext = r->mPrevious = nullptr;
-        r->mOnRing = false;
+        LeaveRing(static_cast<Request*>(tag));
       }
-      Complete(r, outcome, true);
+      Complete(static_cast<Request*>(tag), outcome, true);
     }
+  }
+
+  void Reap() {
+    while (!mStopReaper.load()) {
+      if (uint32_t error = mRing.WaitReady(kWaitForever)) {
+        FailRing(error);
+        break;
+      }
+      TakeEnds();
+    }
+    std::lock_guard<std::mutex> lock(mRingMutex);
+    mReaperRunning = false;
+    mReaperEnded.notify_all();
   }
 
   // The ring's wait has failed: nothing more comes out of it. Every transfer
   // in it ends with the wait's error; the next transfer opens a new ring.
   void FailRing(uint32_t error) {
-    Request* ended;
+    Request* ended = nullptr;
     {
       std::lock_guard<std::mutex> lock(mRingMutex);
       mRingState = RingState::kFailed;
-      ended = mInRing;
-      mInRing = nullptr;
+      while (Request* r = mInRing) {
+        LeaveRing(r);
+        r->mNext = ended;
+        ended = r;
+      }
     }
     while (ended) {
       Request* next = ended->mNext;
-      ended->mNext = ended->mPrevious = nullptr;
-      ended->mOnRing = false;
+      ended->mNext = nullptr;
       Finish(ended, error, 0);
       ended = next;
     }
@@ -321,12 +399,12 @@ class Engine {
 
   // ---- ends
 
-  // One system transfer has ended with `outcome`; `onReaper` when on the
-  // reaper's thread.
-  void Complete(Request* r, Outcome outcome, bool onReaper) {
+  // One system transfer has ended with `outcome`; `fromRing` when it was
+  // taken from the ring, by its reaper or a thread that sleeps there.
+  void Complete(Request* r, Outcome outcome, bool fromRing) {
     if (outcome.again) {
       // Made again: through the ring if it came from there and the ring takes it.
-      if (!onReaper || !SubmitToRing(r, false)) QueueForThreads(r);
+      if (!fromRing || !SubmitToRing(r, false)) QueueForThreads(r);
     } else if (outcome.error != 0) {
       Finish(r, outcome.error, 0);
     } else if (r->mWrite && outcome.bytes < r->mCount) {
@@ -352,6 +430,7 @@ class Engine {
       QueueCompletion(starter, r);
     } else {
       auto* event = static_cast<MEvent*>(overlapped->hEvent);
+      r->mStarter.reset();
       Give(r);
       if (event) event->Set();
     }
@@ -378,11 +457,17 @@ class Engine {
   std::size_t mRequests = 0;   // made
   std::size_t mFreeCount = 0;  // of those, in the free list
 
-  std::mutex mRingMutex;  // the ring, its state and its list
+  std::mutex mRingMutex;  // the ring, its state, its list, its sleepers and the reaper's state
   RingState mRingState = RingState::kUntried;
   os::Ring mRing;
   std::thread mReaper;
+  bool mReaperRunning = false;
+  std::atomic<bool> mStopReaper{false};
+  std::condition_variable mReaperEnded;
   Request* mInRing = nullptr;
+  int mRingSleepers = 0;  // threads in WaitInRing: the ring stays open for them
+  std::condition_variable mRingIdle;
+  std::mutex mTakeMutex;  // one thread at a time takes ends from the ring, so that they go in order
 
   std::condition_variable mWork;
   Request* mQueueHead = nullptr;
@@ -399,6 +484,15 @@ uint32_t StartTransfer(int fd, bool write, void* buffer, uint32_t count, OVERLAP
 }
 
 void CancelTransfers(int fd) { Engine::Get().Cancel(fd); }
+
+void WakeThread(MThreadAlert& thread) {
+  thread.mWake.notify_all();
+  if (thread.mInRingWait.load(std::memory_order_acquire)) Engine::Get().WakeRing();
+}
+
+bool WaitInTransferRing(MThreadAlert& self, uint32_t milliseconds) {
+  return Engine::Get().WaitInRing(self, milliseconds);
+}
 
 bool TransfersUseIoUring() { return Engine::Get().RingCarriesTransfers(); }
 

@@ -19,7 +19,7 @@ void MEvent::Set() {
   // be between its check and its sleep: none misses the signal.
   for (MThreadAlert* waiter : mWaiters) {
     std::lock_guard<std::mutex> waiterLock(waiter->mMutex);
-    waiter->mWake.notify_all();
+    vbu::platform::WakeThread(*waiter);
   }
 }
 
@@ -34,6 +34,7 @@ uint32_t MEvent::Wait(uint32_t milliseconds, bool alertable) {
   }
   uint32_t result;
   MQueuedCompletion* due = nullptr;
+  bool inRing = true;  // may sleep in the transfer ring
   {
     std::unique_lock<std::mutex> lock(self.mMutex);
     for (;;) {
@@ -46,6 +47,25 @@ uint32_t MEvent::Wait(uint32_t milliseconds, bool alertable) {
       if (IsSet()) {
         result = kWaitObject0;
         break;
+      }
+      if (inRing && self.mTransfersInRing.load(std::memory_order_acquire) > 0) {
+        // Transfers of this thread are under way: sleep where their ends arrive.
+        uint32_t left = kWaitForever;
+        if (milliseconds != kWaitForever) {
+          const auto now = std::chrono::steady_clock::now();
+          if (now >= deadline) {
+            result = kWaitTimeout;
+            break;
+          }
+          left = static_cast<uint32_t>(
+              std::chrono::ceil<std::chrono::milliseconds>(deadline - now).count());
+        }
+        self.mInRingWait.store(true, std::memory_order_release);
+        lock.unlock();
+        inRing = vbu::platform::WaitInTransferRing(self, left);
+        lock.lock();
+        self.mInRingWait.store(false, std::memory_order_release);
+        continue;
       }
       if (milliseconds == kWaitForever) {
         self.mWake.wait(lock);

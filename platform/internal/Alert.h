@@ -6,7 +6,9 @@
 //   vbu::platform::QueueCompletion(*self, entry);   // from any thread
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 
@@ -23,6 +25,13 @@ struct MThreadAlert {
   std::condition_variable mWake;  // a queued completion, or an event set for a waiter
   MQueuedCompletion* mHead = nullptr;
   MQueuedCompletion* mTail = nullptr;
+  // The thread's transfers now in the system's ring. While it has any, its
+  // waits sleep in the ring itself: the end of one of its transfers then
+  // wakes it at once, not through a second thread.
+  std::atomic<int> mTransfersInRing{0};
+  // True while it sleeps in the ring: a signal for it (under mMutex) must
+  // then also wake the ring (WakeRingWaiter).
+  std::atomic<bool> mInRingWait{false};
 
   ~MThreadAlert();
 };
@@ -34,5 +43,15 @@ namespace vbu::platform {
 const std::shared_ptr<MThreadAlert>& CurrentThreadAlert();
 // Queues `entry` for `thread` and wakes it.
 void QueueCompletion(MThreadAlert& thread, MQueuedCompletion* entry);
+// Wakes `thread` for a signal given under its mMutex: its condition
+// variable, and the transfer ring if it sleeps there.
+void WakeThread(MThreadAlert& thread);
+
+// Sleeps in the transfer ring until some transfer ends, a WakeThread, or
+// `milliseconds` (kWaitForever: no limit; the sleep may end earlier), then
+// delivers the ends found there. False when the ring cannot be waited on
+// now: the caller waits on mWake instead. Called without `self.mMutex`,
+// with self.mInRingWait set; clears it once awake.
+bool WaitInTransferRing(MThreadAlert& self, uint32_t milliseconds);
 
 }  // namespace vbu::platform

@@ -17,6 +17,7 @@ struct statvfs;
 struct statfs;
 struct io_uring;
 struct io_uring_cqe;
+struct __kernel_timespec;
 struct sigaction;
 struct dirent;
 struct passwd;
@@ -77,7 +78,10 @@ struct SysCalls {
   // transfer to them; a failed wait ends the transfers in the ring with its error.
   int (*io_uring_queue_init)(unsigned entries, struct ::io_uring* ring, unsigned flags);
   int (*io_uring_submit)(struct ::io_uring* ring);
-  int (*io_uring_wait_cqe)(struct ::io_uring* ring, struct ::io_uring_cqe** completion);
+  // Sleeps until the ring holds an ended entry (at once if it does) or
+  // `limit` passes (null: no limit; else -ETIME). Takes nothing from the
+  // ring, so that several threads may sleep in it while one takes the ends.
+  int (*io_uring_wait)(struct ::io_uring* ring, struct ::__kernel_timespec* limit);
 
   // Threads. These give 0 or an error number (not through errno).
   // Starts a detached thread running start(arg); its handle goes to *thread.

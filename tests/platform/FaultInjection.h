@@ -182,7 +182,7 @@ class StSysCallFaults : public StSysCallTable {
     };
     VBU_FAULT_ENTRY(io_uring_queue_init, -fault_detail::sState.error);
     VBU_FAULT_ENTRY(io_uring_submit, -fault_detail::sState.error);
-    VBU_FAULT_ENTRY(io_uring_wait_cqe, -fault_detail::sState.error);
+    VBU_FAULT_ENTRY(io_uring_wait, -fault_detail::sState.error);
     VBU_FAULT_ENTRY(link, -1);
     VBU_FAULT_ENTRY(lstat, -1);
     VBU_FAULT_ENTRY(chdir, -1);

@@ -1,13 +1,20 @@
 // The two transfer routes when the ring fails: a refused submit moves the
 // transfer on the threads, a failed wait ends the transfers in the ring with
 // its error and the next transfer gets a new ring, a refused ring leaves
-// everything to the threads. No transfer is lost, none waits forever.
+// everything to the threads. No transfer is lost, none waits forever. And a
+// thread that waits while its own transfer is in the ring still wakes for
+// everything else.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <thread>
+
+#include <unistd.h>
 
 #include "platform/FaultInjection.h"
 #include "platform/internal/File.h"
@@ -47,6 +54,12 @@ class TransferRoutes : public ::testing::Test {
     return static_cast<long>(record.Internal);
   }
 
+  // Makes every wait in the ring fail with sWaitError: the reaper's, and a waiting thread's.
+  static void FailRingWaits() {
+    vp::Sys().io_uring_wait = [](struct ::io_uring*, struct ::__kernel_timespec*) { return -sWaitError; };
+  }
+  static inline int sWaitError = 0;
+
   StTransferRoute route{vbu::TransferRoute::kSystemQueue};
   TempFolder dir;
   std::string bytes = Pattern(8192, 9);
@@ -76,7 +89,8 @@ TEST_F(TransferRoutes, ASubmitThatFailsHandsTheTransferToTheThreads) {
 TEST_F(TransferRoutes, AFailedWaitEndsTheTransfersInTheRingWithItsError) {
   {
     StSysCallTable saved;
-    vp::Sys().io_uring_wait_cqe = [](struct ::io_uring*, struct ::io_uring_cqe**) { return -EOVERFLOW; };
+    sWaitError = EOVERFLOW;
+    FailRingWaits();
     // The reaper may be inside a wait that began before the swap: the first
     // read ends either way. From the second on, the wait fails at once.
     long first = ReadAndWait();
@@ -105,7 +119,8 @@ TEST_F(TransferRoutes, ARefusedRingOrTheHostsChoiceLeavesEverythingToTheThreads)
     // replacement leaves the transfers to the threads until the host asks
     // for the ring again.
     StSysCallTable saved;
-    vp::Sys().io_uring_wait_cqe = [](struct ::io_uring*, struct ::io_uring_cqe**) { return -EIO; };
+    sWaitError = EIO;
+    FailRingWaits();
     ReadAndWait();
     EXPECT_EQ(ReadAndWait(), EIO);
     vp::Sys().io_uring_queue_init = [](unsigned, struct ::io_uring*, unsigned) { return -EPERM; };
@@ -116,5 +131,55 @@ TEST_F(TransferRoutes, ARefusedRingOrTheHostsChoiceLeavesEverythingToTheThreads)
   vbu::SetTransferRoute(vbu::TransferRoute::kSystemQueue);
   EXPECT_TRUE(vp::TransfersUseIoUring());
   EXPECT_EQ(ReadAndWait(), 0);
+  EXPECT_EQ(vp::TransferRequestsInUse(), baseline);
+}
+
+TEST_F(TransferRoutes, AThreadWhoseTransferStaysUnderWayStillWakesForEverythingElse) {
+  // A read from an empty pipe stays under way in the ring until bytes come.
+  int pipeEnds[2];
+  ASSERT_EQ(::pipe(pipeEnds), 0);
+  char got[2][8] = {};
+  OVERLAPPED pending{};
+  MEvent pendingDone;
+  pending.hEvent = &pendingDone;
+  ASSERT_EQ(vp::StartTransfer(pipeEnds[0], false, got[0], 4, &pending, nullptr), 0u);
+
+  MEvent other;
+  const auto before = std::chrono::steady_clock::now();
+  EXPECT_EQ(other.Wait(120), kWaitTimeout);
+  EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(120)) << "not before its limit";
+
+  std::thread setter([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    other.Set();
+  });
+  EXPECT_EQ(other.Wait(10000), kWaitObject0) << "set by another thread";
+  setter.join();
+
+  // A second read, with a routine: it runs here, in an alertable wait for something else.
+  static std::thread::id ranOn;
+  static uint32_t routineBytes;
+  OVERLAPPED second{};
+  ASSERT_EQ(vp::StartTransfer(pipeEnds[0], false, got[1], 4, &second,
+                              [](uint32_t, uint32_t bytes, OVERLAPPED*) {
+                                ranOn = std::this_thread::get_id();
+                                routineBytes = bytes;
+                              }),
+            0u);
+  std::thread writer([&] { EXPECT_EQ(::write(pipeEnds[1], "abcdefgh", 8), 8); });
+  MEvent never;
+  uint32_t woke = kWaitObject0;
+  for (int i = 0; i < 100 && woke != kWaitIoCompletion; ++i) woke = never.Wait(100, true);
+  EXPECT_EQ(woke, kWaitIoCompletion);
+  EXPECT_EQ(ranOn, std::this_thread::get_id());
+  EXPECT_EQ(routineBytes, 4u);
+  writer.join();
+  EXPECT_EQ(pendingDone.Wait(10000), kWaitObject0);
+  EXPECT_EQ(pending.Internal, 0u);
+  std::string both = std::string(got[0]) + got[1];  // the two reads may take the halves in either order
+  std::sort(both.begin(), both.end());
+  EXPECT_EQ(both, "abcdefgh");
+  ::close(pipeEnds[0]);
+  ::close(pipeEnds[1]);
   EXPECT_EQ(vp::TransferRequestsInUse(), baseline);
 }
