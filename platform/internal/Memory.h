@@ -18,6 +18,8 @@ void* AllocZeroedBlock(std::size_t size);
 void FreeBlock(void* block);
 
 // `size` bytes of zeroed memory on a page boundary, or null (also for 0).
+// Blocks of a few MiB (transfer buffers) are on huge pages where the system
+// gives them: contiguous memory makes fewer, larger requests to the device.
 void* AllocPages(std::size_t size);
 // Frees a block of AllocPages; null is ignored.
 void FreePages(void* block);

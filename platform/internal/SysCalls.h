@@ -26,6 +26,10 @@ namespace vbu::platform {
 
 // What the mmap entry gives on failure (the system's MAP_FAILED).
 inline void* const kMapFailed = reinterpret_cast<void*>(-1);
+// Memory in pieces of this size is contiguous in the machine: a direct
+// transfer into it goes to the device as few large requests instead of
+// many that each carry a scattered page.
+constexpr std::size_t kHugePage = std::size_t{2} << 20;
 
 struct SysCalls {
   void* (*calloc)(std::size_t count, std::size_t size);
@@ -68,7 +72,8 @@ struct SysCalls {
   struct ::dirent* (*readdir)(void* folder);
   int (*closedir)(void* folder);
 
-  // Page-aligned blocks of zeroed memory.
+  // Page-aligned blocks of zeroed memory; those of kHugePage or more on huge
+  // pages where the system has them to give.
   void* (*mmap)(std::size_t size);  // kMapFailed on failure
   int (*munmap)(void* block, std::size_t size);
 
