@@ -7,12 +7,10 @@
 // the same size, direct, 4 MiB blocks, 8 in flight each; the slower leg is
 // the ceiling. The same fio copy with the join's memory in flight (512 KiB
 // blocks, 8 a leg) shows what that memory allows. Also reads fio's source
-// through AsyncReadBuffer beside fio's direct sequential read. Beside both,
-// the same copy and read made by this process straight on io_uring with the
-// library's memory (8 MiB) show what an in-process job reaches here, and the
-// read once more with the library's hand-over (submitted on one thread,
-// reaped on another) shows what that hand-over costs. The
-// system's caches are dropped before each run (as root; else the files' own
+// through AsyncReadBuffer beside fio's direct sequential read, each with the
+// same memory in flight: blocks of 4 MiB (8 MiB in all) beside fio's 1 MiB
+// reads 8 at a time, and blocks of 16 MiB beside its 4 MiB reads 8 at a
+// time. The system's caches are dropped before each run (as root; else the files' own
 // pages are evicted). Prints MB/s of the best and the median run of each,
 // ratios, and the growth of the peak resident size.
 //
@@ -26,7 +24,6 @@
 
 
 #include "support/BenchFiles.h"
-#include "support/UringReference.h"
 
 namespace {
 
@@ -123,11 +120,12 @@ double FioRate(const std::string& options, const std::string& depth = "--bs=4M -
   return slowest;
 }
 
-uint64_t ReadAhead(const std::string& path) {
+// Reads `path` whole through an AsyncReadBuffer of two `blockBytes` blocks.
+uint64_t ReadAhead(const std::string& path, long blockBytes) {
   MFileUniv file;
   if (file.FOpen(Units(path), MFile::file_overlapped_read) != 0) return 0;
   AsyncReadBuffer ahead;
-  if (ahead.InitReadBuffer(&file, 0, 4 << 20, 0) != 0) return 0;
+  if (ahead.InitReadBuffer(&file, 0, blockBytes, 0) != 0) return 0;
   static char piece[65536];
   uint64_t total = 0;
   for (int got; (got = ahead.ReadBuffer(static_cast<long long>(total), piece, sizeof piece)) > 0;) {
@@ -179,35 +177,27 @@ int main(int argc, char** argv) {
   times.Add("ConcatFile_MFiles_1GiB", JoinIntoSegments);
   times.Add("dd_direct_4M", JoinWithDd);
   times.Add("cat_then_sync", JoinWithCat);
-  // The copy with the join's memory: 16 transfers of 512 KiB.
-  times.Add("io_uring_copy_8MiB", [] {
-    return bench::UringMove(gSetup.sources, gSetup.destination, 16, 512 << 10, false) ==
-           gSetup.sourceBytes * gSetup.sources.size();
-  });
   times.Run(argc, argv);
 
   // fio and the read-ahead, caches dropped before each; each round runs the
   // jobs in another order, so that none always follows the same one.
-  bench::Rates copyCeiling, copySameMemory, fioRead, readAhead, uringRead, twoThreads;
+  bench::Rates copyCeiling, copySameMemory, fioRead, fioReadSmall, readAhead, readAheadLarge;
   const std::string copy =
       "--name=read --rw=read --filename=" + fioSource + " --name=write --rw=write --filename=" + fioDestination;
   const uint64_t allBytes = gSetup.sourceBytes * gSetup.sources.size();
+  auto ReadAheadAll = [&](const std::string& path, long blockBytes) {
+    const uint64_t got = ReadAhead(path, blockBytes);
+    if (got != allBytes) std::fprintf(stderr, "the read-ahead fell short\n");
+    return got;
+  };
   const std::vector<std::function<void()>> jobs = {
       [&] { copyCeiling.Add(FioRate(copy)); },
       // The same copy with the join's memory in flight: 4 MiB a leg.
       [&] { copySameMemory.Add(FioRate(copy, "--bs=512k --iodepth=8")); },
       [&] { fioRead.Add(FioRate("--name=read --rw=read --filename=" + fioSource)); },
-      [&] {
-        readAhead.Add(bench::Timed([&] {
-          const uint64_t got = ReadAhead(fioSource);
-          if (got != allBytes) std::fprintf(stderr, "the read-ahead fell short\n");
-          return got;
-        }));
-      },
-      // The read with the read-ahead's memory: 8 transfers of 1 MiB.
-      [&] { uringRead.Add(bench::Timed([&] { return bench::UringMove({fioSource}, "", 8, 1 << 20, true); })); },
-      // The same read with the library's hand-over: submitted here, reaped by another thread.
-      [&] { twoThreads.Add(bench::Timed([&] { return bench::UringReadTwoThreads(fioSource, 8, 1 << 20); })); },
+      [&] { fioReadSmall.Add(FioRate("--name=read --rw=read --filename=" + fioSource, "--bs=1M --iodepth=8")); },
+      [&] { readAhead.Add(bench::Timed([&] { return ReadAheadAll(fioSource, 4 << 20); })); },
+      [&] { readAheadLarge.Add(bench::Timed([&] { return ReadAheadAll(fioSource, 16 << 20); })); },
   };
   const int rounds = std::stoi(bench::Option(argc, argv, "benchmark_repetitions", "3"));
   for (int i = 0; i < rounds; ++i) {
@@ -225,7 +215,6 @@ int main(int argc, char** argv) {
   const bench::Rates& segments = times.Of("ConcatFile_MFiles_1GiB");
   const bench::Rates& dd = times.Of("dd_direct_4M");
   const bench::Rates& cat = times.Of("cat_then_sync");
-  const bench::Rates& uringCopy = times.Of("io_uring_copy_8MiB");
   auto line = [](const char* what, const bench::Rates& rates) {
     std::printf("  %-42s %8.1f %8.1f\n", what, rates.Best(), rates.Median());
   };
@@ -235,11 +224,10 @@ int main(int argc, char** argv) {
   line("cat + sync", cat);
   line("fio copy ceiling (slower leg)", copyCeiling);
   line("fio copy, 8 MiB in flight (slower leg)", copySameMemory);
-  line("io_uring copy in this process, 8 MiB", uringCopy);
-  line("AsyncReadBuffer", readAhead);
-  line("fio direct read", fioRead);
-  line("io_uring read in this process, 8 MiB", uringRead);
-  line("io_uring read, reaped by another thread", twoThreads);
+  line("AsyncReadBuffer, 4 MiB blocks", readAhead);
+  line("fio direct read, 1 MiB x 8 in flight", fioReadSmall);
+  line("AsyncReadBuffer, 16 MiB blocks", readAheadLarge);
+  line("fio direct read, 4 MiB x 8 in flight", fioRead);
   auto ratio = [](const char* what, const bench::Rates& a, const bench::Rates& b, const char* goal = "") {
     auto over = [](double x, double y) { return y > 0 ? x / y : 0.0; };
     std::printf("  %-42s %8.2f %8.2f   %s\n", what, over(a.Best(), b.Best()), over(a.Median(), b.Median()), goal);
@@ -248,11 +236,10 @@ int main(int argc, char** argv) {
   ratio("join / cat+sync", join, cat, "(goal >= 1.20)");
   ratio("join / fio ceiling", join, copyCeiling, "(goal >= 0.90)");
   ratio("join / fio copy with 8 MiB in flight", join, copySameMemory);
-  ratio("join / io_uring copy in this process", join, uringCopy);
   ratio("MFiles / MFileUniv", segments, join, "(goal >= 0.95)");
-  ratio("AsyncReadBuffer / fio direct read", readAhead, fioRead, "(goal >= 0.95)");
-  ratio("AsyncReadBuffer / io_uring read in this process", readAhead, uringRead);
-  ratio("AsyncReadBuffer / io_uring read reaped by another", readAhead, twoThreads);
+  ratio("AsyncReadBuffer / fio read, 8 MiB in flight", readAhead, fioReadSmall, "(goal >= 0.95)");
+  ratio("AsyncReadBuffer / fio read, 32 MiB in flight", readAheadLarge, fioRead, "(goal >= 0.95)");
+  ratio("AsyncReadBuffer 4 MiB blocks / fio 32 MiB", readAhead, fioRead);
   std::printf("  peak resident size growth in a join: %ld KiB (two buffers: %d KiB)\n", gSetup.memoryGrowthKiB,
               2 * 4096);
   return 0;
