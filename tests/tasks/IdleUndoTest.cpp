@@ -137,16 +137,6 @@ class Undo : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(Undo, WithoutAHistoryNothingIsKept) {
-  EXPECT_EQ(COperationList::GetOperationList(), nullptr);
-  EXPECT_FALSE(COperationList::CanUndo());
-  EXPECT_FALSE(COperationList::CanRedo());
-  COperationList::Undo();
-  COperationList::Redo();
-  EXPECT_TRUE((new Op("a"))->Execute());
-  EXPECT_EQ(gActions, (std::vector<std::string>{"do a", "~a"}));
-}
-
 TEST_F(Undo, ANewActionCutsOffTheRedoBranch) {
   struct Case {
     std::vector<std::string> performed;
@@ -197,7 +187,8 @@ TEST_F(Undo, UndoAndRedoWalkTheCursorAndRedoDoesTheSameObjectAgain) {
   EXPECT_EQ(gActions.back(), "~a");
 }
 
-TEST_F(Undo, TheLastListMadeIsCurrentAndEitherDeathLeavesNone) {
+TEST_F(Undo, TheLastListMadeIsCurrentAndEitherDeathLeavesNoneWhereNothingIsKept) {
+  EXPECT_EQ(COperationList::GetOperationList(), nullptr);
   auto* first = new COperationList;
   auto* second = new COperationList;
   EXPECT_EQ(COperationList::GetOperationList(), second);
@@ -205,7 +196,13 @@ TEST_F(Undo, TheLastListMadeIsCurrentAndEitherDeathLeavesNone) {
   EXPECT_EQ(first->GetCount(), 0u);
   delete first;
   EXPECT_EQ(COperationList::GetOperationList(), nullptr) << "even though the second lives";
+  // Without a current history nothing is undone, and an action is deleted once done.
+  EXPECT_FALSE(COperationList::CanUndo());
+  EXPECT_FALSE(COperationList::CanRedo());
+  COperationList::Undo();
+  COperationList::Redo();
+  EXPECT_TRUE((new Op("a"))->Execute());
   EXPECT_EQ(second->GetCount(), 1u);
   delete second;
-  EXPECT_EQ(gActions, (std::vector<std::string>{"do x", "~x"}));
+  EXPECT_EQ(gActions, (std::vector<std::string>{"do x", "do a", "~a", "~x"}));
 }

@@ -7,11 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include "support/LogicalFile.h"
 #include "support/TempFolder.h"
 #include "TaskProbe.h"
 
-#include <chrono>
-#include <condition_variable>
 #include <map>
 #include <mutex>
 #include <string>
@@ -20,45 +19,13 @@
 namespace {
 
 using taskprobe::Gate;
+using taskprobe::PumpUntil;
+using taskprobe::Self;
 
-unsigned long Self() { return MThreadQueue::CurrentThreadId(); }
-
-// Pumps this thread's queue until `done()`, for at most 20 seconds.
-template <class Done>
-bool PumpUntil(Done done) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  for (;;) {
-    MThreadQueue::PumpMessages();
-    if (done()) return true;
-    if (std::chrono::steady_clock::now() > end) return false;
-    MThreadQueue::WaitMessage(5);
-  }
-}
-
-// Steps of every thread, in the order they happened.
-struct Road {
-  std::mutex mutex;
-  std::vector<std::pair<std::string, unsigned long>> steps;
-  std::map<unsigned long, long long> sectors;  // progress by reporting thread
-
-  void Note(const std::string& step) {
-    std::lock_guard<std::mutex> lock(mutex);
-    steps.emplace_back(step, Self());
-  }
-  int IndexOf(const std::string& step) {
-    std::lock_guard<std::mutex> lock(mutex);
-    for (std::size_t i = 0; i < steps.size(); ++i)
-      if (steps[i].first == step) return static_cast<int>(i);
-    return -1;
-  }
-  // The steps taken on thread `id`, in order.
-  std::vector<std::string> On(unsigned long id) {
-    std::lock_guard<std::mutex> lock(mutex);
-    std::vector<std::string> names;
-    for (auto& [name, thread] : steps)
-      if (thread == id) names.push_back(name);
-    return names;
-  }
+// Steps of every thread, in the order they happened, and progress by reporting thread.
+struct Road : taskprobe::Log {
+  std::mutex mutex;  // guards the progress
+  std::map<unsigned long, long long> sectors;
 };
 
 // A worker task that joins whole sources into an MFiles destination; a
@@ -176,18 +143,6 @@ std::string Padded(const std::string& bytes) {
   return bytes + std::string((2048 - bytes.size() % 2048) % 2048, '\0');
 }
 
-// The logical content of a segmented file, read through MFiles.
-std::string ReadJoined(const MString& path, int* segments = nullptr) {
-  MFiles file;
-  if (file.FOpen(path, MFile::file_read_binary) != 0) return "<cannot open>";
-  if (segments) *segments = file.GetCount();
-  std::string content;
-  std::vector<char> block(1 << 16);
-  for (int got; (got = file.FRead(block.data(), static_cast<int>(block.size()))) > 0;) content.append(block.data(), got);
-  file.FClose();
-  return content;
-}
-
 class JobRoadTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -234,12 +189,12 @@ TEST_F(JobRoadTest, SecondJobWaitsAndEndsComeBackInOrder) {
 
   ASSERT_TRUE(a->Execute());
   ASSERT_TRUE(b->Execute());
-  ASSERT_TRUE(PumpUntil([&] { return road.IndexOf("A.RunSelf") >= 0; }));
+  ASSERT_TRUE(PumpUntil([&] { return road.Has("A.RunSelf"); }));
   CThreadAction* list = CThreadAction::GetThreadAction();
   EXPECT_EQ(list->FindWaitingThread(b), b);  // single-run: B waits behind A
   EXPECT_EQ(road.IndexOf("B.RunSelf"), -1);
   gate.Open();
-  ASSERT_TRUE(PumpUntil([&] { return road.IndexOf("B.delete") >= 0; }));
+  ASSERT_TRUE(PumpUntil([&] { return road.Has("B.delete"); }));
 
   // Everything but RunSelf happened on this (the user-interface) thread, in this order.
   const std::vector<std::string> expected = {
@@ -252,12 +207,11 @@ TEST_F(JobRoadTest, SecondJobWaitsAndEndsComeBackInOrder) {
   EXPECT_EQ(list->GetThreadCount(), 0);
 
   // Content, segments, and the progress of each worker in 2048-byte units.
-  int segments = 0;
-  EXPECT_EQ(ReadJoined(folder.Path("A.vob"), &segments), joinedA);
-  EXPECT_EQ(segments, 2);
+  EXPECT_EQ(ReadLogical(folder.Path("A.vob")), joinedA);
+  EXPECT_EQ(ListedSegments(folder.Path("A.vob")).size(), 2u);
   EXPECT_EQ(ReadAll(folder.Bytes("A.vob.cfx.0")).size(), 6144u + 4196352u);
-  EXPECT_EQ(ReadJoined(folder.Path("B.vob"), &segments), joinedB);
-  EXPECT_EQ(segments, 2);
+  EXPECT_EQ(ReadLogical(folder.Path("B.vob")), joinedB);
+  EXPECT_EQ(ListedSegments(folder.Path("B.vob")).size(), 2u);
   EXPECT_EQ(ReadAll(folder.Bytes("B.vob.cfx.1")).size(), 10240u);
   std::lock_guard<std::mutex> lock(road.mutex);
   long long sectors = 0;
@@ -273,23 +227,19 @@ TEST_F(JobRoadTest, CancelledJoinListsOnlySegmentsThatExist) {
   auto sources = Sources("s", {5000, 5000, 12 << 20, 5000}, joined);
   auto* job = new JoinJob(road, "C", folder.Path("C.vob"), sources, 8192);
   ASSERT_TRUE(job->Execute());
-  ASSERT_TRUE(PumpUntil([&] { return road.IndexOf("C.delete") >= 0; }));
+  ASSERT_TRUE(PumpUntil([&] { return road.Has("C.delete"); }));
   CThreadStatus::GetThreadStatus()->RemoveListener(&aborter);
 
   // Two small segments, then the big source, stopped after a buffer or two
   // of its three; the last small source never started.
-  int segments = 0;
-  const std::string content = ReadJoined(folder.Path("C.vob"), &segments);
-  EXPECT_EQ(segments, 3);
+  const std::string content = ReadLogical(folder.Path("C.vob"));
+  const std::vector<MString> listed = ListedSegments(folder.Path("C.vob"));
+  EXPECT_EQ(listed.size(), 3u);
   EXPECT_GE(content.size(), 6144u + 6144u + (4u << 20));
   EXPECT_LE(content.size(), 6144u + 6144u + (8u << 20));
   EXPECT_TRUE(content == joined.substr(0, content.size()));
   EXPECT_FALSE(std::filesystem::exists(folder.Bytes("C.vob.cfx.3")));
-  MFiles check;
-  ASSERT_EQ(check.FOpen(folder.Path("C.vob"), MFile::file_read_binary), 0);
-  LListIterator listed(*check.GetFileNames());
-  for (MFileSpecWin* spec; listed.Next(&spec);) EXPECT_TRUE(MFile::FileExist(spec->GetFilePath()));
-  check.FClose();
+  for (const MString& segment : listed) EXPECT_TRUE(MFile::FileExist(segment));
 }
 
 }  // namespace

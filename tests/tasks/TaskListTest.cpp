@@ -22,14 +22,6 @@ class TaskList : public ::testing::Test {
   static CThreadAction* List() { return CThreadAction::GetThreadAction(); }
 };
 
-// The position of the first entry `name` in the log, or -1.
-long At(Log& log, const std::string& name) {
-  const std::vector<std::string> names = log.Names();
-  for (size_t i = 0; i < names.size(); ++i)
-    if (names[i] == name) return static_cast<long>(i);
-  return -1;
-}
-
 }  // namespace
 
 TEST_F(TaskList, SingleRunTasksOfOneClassRunOneAfterAnotherInOrderOfArrival) {
@@ -53,34 +45,10 @@ TEST_F(TaskList, SingleRunTasksOfOneClassRunOneAfterAnotherInOrderOfArrival) {
   gates[0].Open();
   ASSERT_TRUE(PumpUntil([&] { return log.Has("C.delete"); }));
   // B starts only once A has left the list (the removal step of CleanUp), C after B.
-  EXPECT_LT(At(log, "A.pass>B"), At(log, "B.RunSelf"));
-  EXPECT_LT(At(log, "A.PostPlay"), At(log, "B.RunSelf"));
-  EXPECT_LT(At(log, "B.pass>C"), At(log, "C.RunSelf"));
-  EXPECT_GE(At(log, "C.pass>null"), 0);
-}
-
-TEST_F(TaskList, DifferentClassesAndTasksThatAreNotSingleRunRunSideBySide) {
-  Log log;
-  Gate gate;
-  Probe* a = new Probe(log, "A", true, true, true);
-  Probe* b = new ProbeB(log, "B", true, true, true);  // another class, same type number
-  Probe* c1 = new ProbeC(log, "C1", true, true, false);
-  Probe* c2 = new ProbeC(log, "C2", true, true, false);
-  for (Probe* p : {a, b, c1, c2}) {
-    p->gate = &gate;
-    p->SetThreadType(7);
-    p->Execute();
-  }
-  ASSERT_TRUE(PumpUntil([&] {
-    return log.Has("A.RunSelf") && log.Has("B.RunSelf") && log.Has("C1.RunSelf") && log.Has("C2.RunSelf");
-  }));
-  EXPECT_EQ(List()->IsThreadTypeRunning(7), 1) << "the first of the type";
-  EXPECT_EQ(List()->FindRunningThread(c1), nullptr) << "not single-run: never on the running list";
-  EXPECT_EQ(List()->FindThread(c1->GetThreadId()), nullptr) << "found by id only if single-run";
-  EXPECT_EQ(List()->FindThread(b->GetThreadId()), b);
-  gate.Open();
-  ASSERT_TRUE(PumpUntil([&] { return List()->GetThreadCount() == 0; }));
-  ASSERT_TRUE(PumpUntil([&] { return log.Has("C2.delete") && log.Has("C1.delete"); }));
+  EXPECT_LT(log.IndexOf("A.pass>B"), log.IndexOf("B.RunSelf"));
+  EXPECT_LT(log.IndexOf("A.PostPlay"), log.IndexOf("B.RunSelf"));
+  EXPECT_LT(log.IndexOf("B.pass>C"), log.IndexOf("C.RunSelf"));
+  EXPECT_GE(log.IndexOf("C.pass>null"), 0);
 }
 
 TEST_F(TaskList, AMiddleTaskAbortedWhileWaitingOrRefusingToStartPassesTheTurnOn) {
@@ -110,12 +78,12 @@ TEST_F(TaskList, AMiddleTaskAbortedWhileWaitingOrRefusingToStartPassesTheTurnOn)
     }
     gate.Open();
     ASSERT_TRUE(PumpUntil([&] { return log.Has("C.delete"); }));
-    for (const std::string& step : c.present) EXPECT_GE(At(log, step), 0) << step;
-    for (const std::string& step : c.absent) EXPECT_EQ(At(log, step), -1) << step;
+    for (const std::string& step : c.present) EXPECT_GE(log.IndexOf(step), 0) << step;
+    for (const std::string& step : c.absent) EXPECT_EQ(log.IndexOf(step), -1) << step;
   }
 }
 
-TEST_F(TaskList, AnswersQuestionsAboutVisibleTasksTypesAndNames) {
+TEST_F(TaskList, DifferentClassesAndTasksThatAreNotSingleRunRunSideBySideAndTheListAnswersQuestions) {
   EXPECT_EQ(List()->GetFirstVisibleThread(), nullptr);
   EXPECT_EQ(List()->GetThread(1), nullptr);
   Log log;
@@ -126,24 +94,39 @@ TEST_F(TaskList, AnswersQuestionsAboutVisibleTasksTypesAndNames) {
   Probe* shown = new Probe(log, "S", true, true);
   shown->SetThreadType(5);
   shown->GetDescription() = u"Burn disc"_u16;
-  for (Probe* p : {hidden, shown}) {
+  Probe* a = new Probe(log, "A", true, true, true);
+  Probe* b = new ProbeB(log, "B", true, true, true);  // another class, same type number
+  Probe* c1 = new ProbeC(log, "C1", true, true, false);
+  Probe* c2 = new ProbeC(log, "C2", true, true, false);
+  for (Probe* p : {hidden, shown, a, b, c1, c2}) {
     p->gate = &gate;
+    if (p != hidden && p != shown) p->SetThreadType(7);
     p->Execute();
   }
-  EXPECT_EQ(List()->GetThreadCount(), 2);
-  EXPECT_EQ(List()->GetVisibleCount(), 1);
+  ASSERT_TRUE(PumpUntil([&] {
+    return log.Has("A.RunSelf") && log.Has("B.RunSelf") && log.Has("C1.RunSelf") && log.Has("C2.RunSelf");
+  }));
+  EXPECT_EQ(List()->GetThreadCount(), 6);
+  EXPECT_EQ(List()->GetVisibleCount(), 5);
   EXPECT_EQ(List()->GetFirstVisibleThread(), shown);
   EXPECT_EQ(List()->GetThread(2), shown);
-  EXPECT_EQ(List()->GetThread(kLastIndex), shown);
-  EXPECT_EQ(List()->GetThread(3), nullptr);
+  EXPECT_EQ(List()->GetThread(kLastIndex), c2);
+  EXPECT_EQ(List()->GetThread(7), nullptr);
   EXPECT_EQ(List()->IsThreadTypeRunning(5), 2) << "a position, not a truth value";
+  EXPECT_EQ(List()->IsThreadTypeRunning(7), 3) << "the first of the type";
   EXPECT_EQ(List()->IsThreadTypeRunning(4), 0);
+  EXPECT_EQ(List()->FindRunningThread(c1), nullptr) << "not single-run: never on the running list";
+  EXPECT_EQ(List()->FindThread(c1->GetThreadId()), nullptr) << "found by id only if single-run";
+  EXPECT_EQ(List()->FindThread(b->GetThreadId()), b);
   unsigned short name[] = {'B', 'u', 'r', 'n', ' ', 'd', 'i', 's', 'c', 0};
   EXPECT_EQ(List()->FindThread(name), shown);
   name[0] = 'b';
   EXPECT_EQ(List()->FindThread(name), nullptr) << "case matters";
   gate.Open();
-  ASSERT_TRUE(PumpUntil([&] { return log.Has("H.delete") && log.Has("S.delete"); }));
+  ASSERT_TRUE(PumpUntil([&] { return List()->GetThreadCount() == 0; }));
+  ASSERT_TRUE(PumpUntil([&] {
+    return log.Has("H.delete") && log.Has("S.delete") && log.Has("C1.delete") && log.Has("C2.delete");
+  }));
 }
 
 // From inside the list's broadcasts (under its lock): starts "X" when it
@@ -190,7 +173,7 @@ TEST_F(TaskList, AListenerMayStartAndAbortTasksFromInsideTheBroadcasts) {
   gate.Open();
   ASSERT_TRUE(PumpUntil([&] { return log.Has("A.delete"); }));
   List()->RemoveListener(&meddler);
-  EXPECT_EQ(At(log, "B.RunSelf"), -1);
-  EXPECT_EQ(At(log, "B.PostPlay"), -1);
-  EXPECT_GE(At(log, "A.pass>null"), 0);
+  EXPECT_EQ(log.IndexOf("B.RunSelf"), -1);
+  EXPECT_EQ(log.IndexOf("B.PostPlay"), -1);
+  EXPECT_GE(log.IndexOf("A.pass>null"), 0);
 }

@@ -7,6 +7,7 @@
 #include <VantoroBasicUtils/platform/MessageQueue.h>
 #include <VantoroBasicUtils/tasks/CThreadDispatcher.h>
 
+#include <algorithm>
 #include <chrono>
 #include <mutex>
 #include <string>
@@ -56,6 +57,20 @@ class Log {
     return 0;
   }
   bool Has(const std::string& what) { return ThreadOf(what) != 0; }
+  // The place of the first step named `what`, or -1.
+  long IndexOf(const std::string& what) {
+    const std::vector<std::string> names = Names();
+    const auto at = std::find(names.begin(), names.end(), what);
+    return at == names.end() ? -1 : static_cast<long>(at - names.begin());
+  }
+  // The steps taken on thread `id`, in order.
+  std::vector<std::string> On(unsigned long id) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    std::vector<std::string> names;
+    for (const Step& s : mSteps)
+      if (s.thread == id) names.push_back(s.what);
+    return names;
+  }
   std::vector<std::string> Names() {
     std::lock_guard<std::mutex> lock(mMutex);
     std::vector<std::string> names;
