@@ -27,13 +27,19 @@ std::vector<std::string> Listed(CFileQuery& query) {
   return paths;
 }
 
-// a, b, s/c and s/t/.hidden under `dir`.
-void MakeTree(const TempFolder& dir) {
+// a, b, s/c and s/t/.hidden under `dir`; with `linkOut`, also s/link, a
+// link to the folder "outside", which holds keep.
+void MakeTree(const TempFolder& dir, bool linkOut = false) {
   std::filesystem::create_directories(dir.Bytes("s/t"));
   WriteAll(dir.Bytes("b"), "b");
   WriteAll(dir.Bytes("a"), "a");
   WriteAll(dir.Bytes("s/c"), "c");
   WriteAll(dir.Bytes("s/t/.hidden"), "h");
+  if (linkOut) {
+    std::filesystem::create_directories(dir.Bytes("outside"));
+    WriteAll(dir.Bytes("outside/keep"), "keep");
+    std::filesystem::create_directory_symlink(dir.Bytes("outside"), dir.Bytes("s/link"));
+  }
 }
 
 }  // namespace
@@ -90,12 +96,8 @@ TEST(Folders, FreeSpaceIsTheVolumesInKiB) {
 
 TEST(Folders, DeleteDirectoryRemovesTheTreeButNotWhatLinksPointAt) {
   TempFolder dir;
-  MakeTree(dir);
-  std::filesystem::create_directories(dir.Bytes("outside"));
-  WriteAll(dir.Bytes("outside/keep"), "keep");
-  std::filesystem::create_directory_symlink(dir.Bytes("outside"), dir.Bytes("s/link"));
+  MakeTree(dir, true);
   Hearing hearing;
-  std::string root = dir.Bytes("");
   EXPECT_EQ(DeleteDirectory(dir.Path("s")), 0);
   EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s")));
   EXPECT_EQ(ReadAll(dir.Bytes("outside/keep")), "keep");
@@ -107,10 +109,7 @@ TEST(Folders, DeleteDirectoryRemovesTheTreeButNotWhatLinksPointAt) {
 
 TEST(Folders, DeleteDirKeepsSubfolders) {
   TempFolder dir;
-  MakeTree(dir);
-  std::filesystem::create_directories(dir.Bytes("outside"));
-  WriteAll(dir.Bytes("outside/keep"), "keep");
-  std::filesystem::create_directory_symlink(dir.Bytes("outside"), dir.Bytes("s/link"));
+  MakeTree(dir, true);
   std::filesystem::create_directories(dir.Bytes("s/empty"));
   Hearing hearing;
   EXPECT_FALSE(UFileUtils::DeleteDir(dir.Path("s")));

@@ -13,11 +13,13 @@ using namespace vbu::literals;
 
 namespace {
 
-// Opens `path` in `mode`, writes `text` through the stream, closes: the result of FOpen.
-int WriteWith(const MString& path, MFile::file_open_t mode, const char* text) {
+// Opens `path` in `mode`, checks that the position stands at `at`, writes
+// `text` through the stream, closes: the result of FOpen.
+int WriteWith(const MString& path, MFile::file_open_t mode, long long at, const char* text) {
   MFileUniv file;
   int opened = file.FOpen(path, mode);
   if (opened == 0) {
+    EXPECT_EQ(file.FTell64(), at) << "the position after the open";
     file.FPuts(text);
     EXPECT_EQ(file.FClose(), 0);
   }
@@ -30,19 +32,19 @@ TEST(PlainFile, EveryModeOpensAsItsRowSays) {
   TempFolder dir;
   struct Row {
     MFile::file_open_t mode;
-    bool createsMissing;
+    bool atEnd;                     // the open puts the position at the end
     const char* afterWriteOverOld;  // "old\n" was there; "new\n" is written
   };
   // Binary rows keep LF; text rows write CR LF.
   const Row rows[] = {
-      {MFile::file_create_binary, true, "new\n"},
-      {MFile::file_create_update_binary, true, "new\n"},
-      {MFile::file_create_text, true, "new\r\n"},
+      {MFile::file_create_binary, false, "new\n"},
+      {MFile::file_create_update_binary, false, "new\n"},
+      {MFile::file_create_text, false, "new\r\n"},
       {MFile::file_append_binary, true, "old\nnew\n"},
       {MFile::file_append_update_binary, true, "old\nnew\n"},
-      {MFile::file_update_text, true, "new\r\n"},
+      {MFile::file_update_text, false, "new\r\n"},
       {MFile::file_append_text, true, "old\nnew\r\n"},
-      {MFile::file_update_binary, true, "new\n"},
+      {MFile::file_update_binary, false, "new\n"},
   };
   using std::filesystem::perms;
   const mode_t mask = ::umask(0);
@@ -52,11 +54,11 @@ TEST(PlainFile, EveryModeOpensAsItsRowSays) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.mode);
     std::filesystem::remove(dir.Bytes("f"));
-    ASSERT_EQ(WriteWith(dir.Path("f"), row.mode, "new\n"), 0) << "creates a missing file";
+    ASSERT_EQ(WriteWith(dir.Path("f"), row.mode, 0, "new\n"), 0) << "creates a missing file";
     EXPECT_EQ(permissions(), created) << "as every program's new files";
     WriteAll(dir.Bytes("f"), "old\n");
     std::filesystem::permissions(dir.Bytes("f"), static_cast<perms>(0640));
-    ASSERT_EQ(WriteWith(dir.Path("f"), row.mode, "new\n"), 0);
+    ASSERT_EQ(WriteWith(dir.Path("f"), row.mode, row.atEnd ? 4 : 0, "new\n"), 0);
     EXPECT_EQ(ReadAll(dir.Bytes("f")), row.afterWriteOverOld);
     EXPECT_EQ(permissions(), static_cast<perms>(0640)) << "the group keeps its access";
   }
@@ -72,19 +74,6 @@ TEST(PlainFile, EveryModeOpensAsItsRowSays) {
   EXPECT_EQ(reader.FClose(), -1) << "nothing was opened";
   // The file spec keeps the name, whether the open succeeded or not.
   EXPECT_EQ(Text(reader.GetFilePath()), Text(dir.Path("f")));
-}
-
-TEST(PlainFile, AppendTextOnANewFileStartsAtZeroAndOnAnOldOneAtItsEnd) {
-  TempFolder dir;
-  MFileUniv file;
-  ASSERT_EQ(file.FOpen(dir.Path("log"), MFile::file_append_text), 0);
-  EXPECT_EQ(file.FTell64(), 0);
-  file.FClose();
-  WriteAll(dir.Bytes("log"), "12345");
-  ASSERT_EQ(file.FOpen(dir.Path("log"), MFile::file_append_text), 0);
-  EXPECT_EQ(file.FTell64(), 5);
-  file.FClose();
-  EXPECT_EQ(ReadAll(dir.Bytes("log")), "12345");
 }
 
 TEST(PlainFile, TextModeHasCrLfOnDiskAndLfInMemory) {

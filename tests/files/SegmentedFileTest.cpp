@@ -69,47 +69,38 @@ TEST(SegmentedFile, ANewObjectHasNoLimit) {
   EXPECT_FALSE(std::filesystem::exists(dir.Bytes("title.vob.cfx.0")));
 }
 
+// A write that ends at the limit stays in the plain file; the next one
+// switches to an info file; a write over a segment end is split there.
 TEST(SegmentedFile, AWritePastTheLimitSwitchesToAnInfoFile) {
   TempFolder dir;
   MString name = dir.Path("title.vob");
-  std::string data = Pattern(1200);
+  std::string data = Pattern(2200);
   MFiles file;
   ASSERT_EQ(file.FOpen(name, MFile::file_create_binary), 0);
   file.SetMaxFileSize(1000);
   ASSERT_EQ(file.FWrite(data.data(), 800), 800);
-  EXPECT_EQ(file.FWrite(data.data() + 800, 400), 400);
-  EXPECT_EQ(file.GetCount(), 2);
-  EXPECT_EQ(file.GetCurrentPos(), 2);
+  ASSERT_EQ(file.FWrite(data.data() + 800, 200), 200);
+  EXPECT_EQ(file.GetCount(), 1) << "at the limit, not past it";
+  EXPECT_EQ(file.GetInfoFilePath().GetLength(), 0);
+  ASSERT_EQ(file.FWrite(data.data() + 1000, 700), 700);
+  EXPECT_EQ(file.FWrite(data.data() + 1700, 500), 500);
+  EXPECT_EQ(file.GetCount(), 3);
+  EXPECT_EQ(file.GetCurrentPos(), 3);
   EXPECT_EQ(file.FTell64(), 200) << "a position inside the open segment";
   EXPECT_EQ(Text(file.GetInfoFilePath()), Text(name));
   EXPECT_EQ(file.FClose(), 0);
   // The info file, byte for byte: CR LF line ends, no count, no mark.
   std::string path = dir.Bytes("title.vob");
-  EXPECT_EQ(ReadAll(path), "# Brevander c_files \r\n" + path + ".cfx.0\r\n" + path + ".cfx.1\r\n");
+  EXPECT_EQ(ReadAll(path), "# Brevander c_files \r\n" + path + ".cfx.0\r\n" + path + ".cfx.1\r\n" + path + ".cfx.2\r\n");
   EXPECT_EQ(ReadAll(path + ".cfx.0"), data.substr(0, 1000));
-  EXPECT_EQ(ReadAll(path + ".cfx.1"), data.substr(1000));
+  EXPECT_EQ(ReadAll(path + ".cfx.1"), data.substr(1000, 1000));
+  EXPECT_EQ(ReadAll(path + ".cfx.2"), data.substr(2000));
   EXPECT_FALSE(std::filesystem::exists(path + ".cfx.new"));
   EXPECT_TRUE(MFiles::IsBrevanderMFiles(name));
   MString segment = dir.Path("title.vob.cfx.0"), missing = dir.Path("none");
   EXPECT_FALSE(MFiles::IsBrevanderMFiles(segment));
   EXPECT_FALSE(MFiles::IsBrevanderMFiles(missing));
   EXPECT_EQ(ReadLogical(name), data);
-}
-
-TEST(SegmentedFile, AWriteEndingAtTheLimitStaysThenTheNextGoesOn) {
-  TempFolder dir;
-  MFiles file;
-  ASSERT_EQ(file.FOpen(dir.Path("f"), MFile::file_create_binary), 0);
-  file.SetMaxFileSize(1000);
-  std::string data = Pattern(1001);
-  ASSERT_EQ(file.FWrite(data.data(), 1000), 1000);
-  EXPECT_EQ(file.GetCount(), 1);
-  EXPECT_EQ(file.GetInfoFilePath().GetLength(), 0);
-  ASSERT_EQ(file.FWrite(data.data() + 1000, 1), 1);
-  EXPECT_EQ(file.GetCount(), 2);
-  file.FClose();
-  EXPECT_EQ(std::filesystem::file_size(dir.Bytes("f.cfx.0")), 1000u);
-  EXPECT_EQ(std::filesystem::file_size(dir.Bytes("f.cfx.1")), 1u);
 }
 
 TEST(SegmentedFile, WritesIntoASegmentAboveTheLimitGoOnAtTheNext) {
@@ -253,24 +244,31 @@ TEST(SegmentedFile, LinesOfTheInfoFile) {
   struct Row {
     std::string text;
     int opens;
+    int count;
     std::string content;
   };
   std::string a = dir.Bytes("a"), b = dir.Bytes("b");
+  std::string most = header;  // at most 2048 segments
+  for (int i = 0; i < 2048; ++i) most += a + "\r\n";
+  std::string first20;
+  for (int i = 0; i < 20; ++i) first20 += "first";
   const Row rows[] = {
-      {header + "# a comment\r\n" + a + "\r\n#another\r\n" + b + "\r\n", 0, "firstsecond"},
-      {"# Brevander c_files" + std::string("\n") + a + "\n" + b, 0, "firstsecond"},  // no blank, LF only, no end
-      {header, -1, ""},                                                          // no path lines
-      {header + "# only a comment\r\n", -1, ""},
-      {header + std::string(2048, 'x') + "\r\n", -1, ""},                        // a line too long
-      {"# Brevander c_file\r\n" + a + "\r\n", 0, "# Brevander c_file\r\n" + a + "\r\n"},  // no header: a plain file
+      {header + "# a comment\r\n" + a + "\r\n#another\r\n" + b + "\r\n", 0, 2, "firstsecond"},
+      {"# Brevander c_files" + std::string("\n") + a + "\n" + b, 0, 2, "firstsecond"},  // no blank, LF only, no end
+      {header, -1, 0, ""},                                                          // no path lines
+      {header + "# only a comment\r\n", -1, 0, ""},
+      {header + std::string(2048, 'x') + "\r\n", -1, 0, ""},                        // a line too long
+      {"# Brevander c_file\r\n" + a + "\r\n", 0, 1, "# Brevander c_file\r\n" + a + "\r\n"},  // no header: a plain file
+      {most, 0, 2048, first20},
+      {most + a + "\r\n", -1, 0, ""},
   };
   for (const Row& row : rows) {
-    SCOPED_TRACE(row.text.substr(0, 60));
+    SCOPED_TRACE(row.text.substr(0, 60) + " (" + std::to_string(row.text.size()) + " bytes)");
     WriteAll(dir.Bytes("info"), row.text);
     MFiles file;
     ASSERT_EQ(file.FOpen(dir.Path("info"), MFile::file_read_binary), row.opens);
+    EXPECT_EQ(file.GetCount(), row.count);
     if (row.opens != 0) {
-      EXPECT_EQ(file.GetCount(), 0);
       EXPECT_EQ(file.GetCurrentPos(), -1);
       continue;
     }
@@ -278,21 +276,6 @@ TEST(SegmentedFile, LinesOfTheInfoFile) {
     got.resize(static_cast<std::size_t>(file.FRead(got.data(), 100)));
     EXPECT_EQ(got, row.content);
   }
-}
-
-TEST(SegmentedFile, AtMost2048Segments) {
-  TempFolder dir;
-  WriteAll(dir.Bytes("a"), "x");
-  std::string lines = "# Brevander c_files \r\n";
-  for (int i = 0; i < 2048; ++i) lines += dir.Bytes("a") + "\r\n";
-  WriteAll(dir.Bytes("info"), lines);
-  MFiles file;
-  ASSERT_EQ(file.FOpen(dir.Path("info"), MFile::file_read_binary), 0);
-  EXPECT_EQ(file.GetCount(), 2048);
-  file.FClose();
-  WriteAll(dir.Bytes("info"), lines + dir.Bytes("a") + "\r\n");
-  EXPECT_EQ(file.FOpen(dir.Path("info"), MFile::file_read_binary), -1);
-  EXPECT_EQ(file.GetCount(), 0);
 }
 
 TEST(SegmentedFile, AMissingSegmentShowsWhenReached) {
@@ -421,15 +404,10 @@ TEST(SegmentedFile, OverlappedReadsCrossSegments) {
   EXPECT_EQ(file.FReadOverlapped(4 * kLimit, block, count, &record, &done), kErrorHandleEof);
   EXPECT_EQ(count, 0);
   std::free(block);
-}
-
-TEST(SegmentedFile, ACreatingOverlappedOpenEmptiesTheWholeFile) {
-  TempFolder dir;
-  MString name = dir.Path("f");
-  MakeSegmented(name, Pattern(2500), 1000);
-  MFiles file;
+  // A creating open empties the whole file.
+  ASSERT_EQ(file.FClose(), 0);
   ASSERT_EQ(file.FOpen(name, MFile::file_overlapped_create), 0);
-  EXPECT_EQ(file.GetCount(), 3) << "the segments stay listed";
+  EXPECT_EQ(file.GetCount(), 4) << "the segments stay listed";
   EXPECT_EQ(file.GetSize(), 0);
 }
 
