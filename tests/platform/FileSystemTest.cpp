@@ -1,8 +1,5 @@
 // Questions about paths as the platform layer asks them: the information
-// record, existence and removal, the kind of volume, its free space, and
-// which folder the read-only test of a file asks about.
-#include <VantoroBasicUtils/files/MFileSpec.h>
-
+// record, existence and removal, the kind of volume and its free space.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
@@ -14,7 +11,6 @@
 #include <cerrno>
 #include <cstring>
 #include <string>
-#include <vector>
 
 #include "platform/FaultInjection.h"
 #include "platform/internal/FileSystem.h"
@@ -119,35 +115,4 @@ TEST(FileSystem, FreeBytesAreTheCallersBlocksTimesTheFragmentSize) {
   EXPECT_EQ(bytes, 1ull << 52);
   EXPECT_EQ(vp::GetFreeBytesAvailable(u"/media/disc/"_u16, nullptr), static_cast<uint32_t>(EINVAL));
   EXPECT_EQ(vp::GetFreeBytesAvailable(u""_u16, &bytes), static_cast<uint32_t>(ENOENT));
-}
-
-namespace {
-
-// Records the paths that statvfs is asked about, and answers "plenty free".
-class StAskedPaths : public StSysCallTable {
- public:
-  StAskedPaths() {
-    sAsked.clear();
-    vp::Sys().statvfs = [](const char* path, struct ::statvfs* info) {
-      sAsked.push_back(path);
-      std::memset(info, 0, sizeof *info);
-      info->f_bavail = 100;
-      info->f_frsize = 4096;
-      return 0;
-    };
-  }
-  static inline std::vector<std::string> sAsked;
-};
-
-}  // namespace
-
-TEST(FileSystem, AFileIsJudgedByTheFolderThatHoldsIt) {
-  StAskedPaths asked;
-  EXPECT_FALSE(MFileSpecWin::IsFileOnReadOnlyDrive(u"/media/disc/VIDEO_TS/VTS_01_1.VOB"_u16));
-  EXPECT_FALSE(MFileSpecWin::IsFileOnReadOnlyDrive(u"/disc.iso"_u16));
-  EXPECT_FALSE(MFileSpecWin::IsFileOnReadOnlyDrive(u"/media//disc.iso"_u16));
-  EXPECT_FALSE(MFileSpecWin::IsFileOnReadOnlyDrive(u"disc.iso"_u16));
-  EXPECT_FALSE(MFileSpecWin::IsDriveReadOnly(u"/media/disc///"_u16, true));
-  EXPECT_EQ(StAskedPaths::sAsked,
-            (std::vector<std::string>{"/media/disc/VIDEO_TS/", "/", "/media/", "./", "/media/disc/"}));
 }

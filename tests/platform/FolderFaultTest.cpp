@@ -31,20 +31,23 @@ class StLockedFiles : public StSysCallTable {
   }
 };
 
-void MakeTree(const TempFolder& dir) {
-  std::filesystem::create_directories(dir.Bytes("s/t"));
-  WriteAll(dir.Bytes("s/a"), "a");
-  WriteAll(dir.Bytes("s/t/locked"), "x");
-  WriteAll(dir.Bytes("s/t/z"), "z");
-}
+// s/a, s/t/locked and s/t/z, heard while the locked file cannot be removed.
+class LockedTree : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::filesystem::create_directories(dir.Bytes("s/t"));
+    WriteAll(dir.Bytes("s/a"), "a");
+    WriteAll(dir.Bytes("s/t/locked"), "x");
+    WriteAll(dir.Bytes("s/t/z"), "z");
+  }
+  TempFolder dir;
+  Hearing hearing;
+  StLockedFiles locked;
+};
 
 }  // namespace
 
-TEST(FolderFaults, AFileThatCannotBeRemovedStopsDeleteDirectory) {
-  TempFolder dir;
-  MakeTree(dir);
-  Hearing hearing;
-  StLockedFiles locked;
+TEST_F(LockedTree, AFileThatCannotBeRemovedStopsDeleteDirectory) {
   EXPECT_EQ(DeleteDirectory(dir.Path("s")), -1);
   ASSERT_EQ(hearing.messages, std::vector<long>{26000});
   std::string text = dir.Bytes("s/t/locked") + " could not be deleted";
@@ -52,11 +55,7 @@ TEST(FolderFaults, AFileThatCannotBeRemovedStopsDeleteDirectory) {
   EXPECT_TRUE(std::filesystem::exists(dir.Bytes("s/t")));
 }
 
-TEST(FolderFaults, DeleteAllFilesUnderDirGoesOnPastAFailure) {
-  TempFolder dir;
-  MakeTree(dir);
-  Hearing hearing;
-  StLockedFiles locked;
+TEST_F(LockedTree, DeleteAllFilesUnderDirGoesOnPastAFailure) {
   EXPECT_FALSE(UFileUtils::DeleteAllFilesUnderDir(dir.Path("s")));
   ASSERT_EQ(hearing.messages, std::vector<long>{26001});
   std::string text = "Failed to delete file " + dir.Bytes("s/t/locked") + ". The file might be used.";

@@ -91,6 +91,18 @@ void Sweep(int error, bool fullDisk, int calls, int failuresSeen) {
   EXPECT_GE(failures, failuresSeen);
 }
 
+// Writes `data` to a new segmented file "f" in `dir` with a limit of 1000, in pieces of 900.
+void WriteSegmented(const TempFolder& dir, const std::string& data) {
+  MFiles file;
+  ASSERT_EQ(file.FOpen(dir.Path("f"), MFile::file_create_binary), 0);
+  file.SetMaxFileSize(1000);
+  for (std::size_t at = 0; at < data.size(); at += 900) {
+    const int piece = static_cast<int>(std::min<std::size_t>(900, data.size() - at));
+    ASSERT_EQ(file.FWrite(data.data() + at, piece), piece);
+  }
+  ASSERT_EQ(file.FClose(), 0);
+}
+
 }  // namespace
 
 TEST(SegmentedFaults, AnIoErrorAtEveryCallOfCrossingWrites) { Sweep(EIO, false, 60, 40); }
@@ -102,27 +114,14 @@ TEST(SegmentedFaults, WithoutHardLinksTheSwitchRenames) {
   StSysCallTable saved;
   vbu::platform::Sys().link = [](const char*, const char*) { return errno = EPERM, -1; };
   std::string data = Pattern(2500);
-  MFiles file;
-  ASSERT_EQ(file.FOpen(dir.Path("f"), MFile::file_create_binary), 0);
-  file.SetMaxFileSize(1000);
-  ASSERT_EQ(file.FWrite(data.data(), 900), 900);
-  ASSERT_EQ(file.FWrite(data.data() + 900, 900), 900);
-  ASSERT_EQ(file.FWrite(data.data() + 1800, 700), 700);
-  ASSERT_EQ(file.FClose(), 0);
+  WriteSegmented(dir, data);
   EXPECT_EQ(ReadLogical(dir.Path("f")), data);
 }
 
 TEST(SegmentedFaults, AnInfoFileThatCannotBeAskedIsNeverTakenForANewFile) {
   TempFolder dir;
   std::string data = Pattern(2500);
-  {
-    MFiles file;
-    ASSERT_EQ(file.FOpen(dir.Path("f"), MFile::file_create_binary), 0);
-    file.SetMaxFileSize(1000);
-    ASSERT_EQ(file.FWrite(data.data(), 1000), 1000);
-    ASSERT_EQ(file.FWrite(data.data() + 1000, 1000), 1000);
-    ASSERT_EQ(file.FWrite(data.data() + 2000, 500), 500);
-  }
+  WriteSegmented(dir, data);
   std::string info = ReadAll(dir.Bytes("f"));
   {
     StSysCallTable saved;
