@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <numeric>
 #include <thread>
@@ -61,6 +62,7 @@ TEST(MessageQueue, PostsFromAnyThreadRunInOrderOnTheOwnerAndDeadWindowsAreDroppe
 
 TEST(MessageQueue, ThreadLoopWithThreadMessagesAndQuit) {
   std::atomic<unsigned long> id{0};
+  std::atomic<bool> ended{false};
   std::vector<unsigned int> seen;
   std::thread loop([&] {
     id = MThreadQueue::CurrentThreadId();
@@ -69,12 +71,26 @@ TEST(MessageQueue, ThreadLoopWithThreadMessagesAndQuit) {
       if (m.message == 3) MThreadQueue::PostQuitMessage(0);
       MThreadQueue::DispatchMessage(m);
     }
+    ended = true;
   });
-  while (!id) std::this_thread::yield();
-  // Wait until the loop thread's queue exists, then post three messages.
-  while (!MThreadQueue::PostThreadMessage(id, 1, 0, 0)) std::this_thread::yield();
+  // Each wait is bounded: ten seconds, then the test fails instead of hanging.
+  auto within = [](auto done) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!done()) {
+      if (std::chrono::steady_clock::now() > limit) return false;
+      std::this_thread::yield();
+    }
+    return true;
+  };
+  // Once the loop thread's queue exists, post three messages.
+  const bool posted = within([&] { return id != 0 && MThreadQueue::PostThreadMessage(id, 1, 0, 0); });
+  EXPECT_TRUE(posted) << "the loop thread's queue never appeared";
   MThreadQueue::PostThreadMessage(id, 2, 0, 0);
   MThreadQueue::PostThreadMessage(id, 3, 0, 0);
+  if (!within([&] { return ended.load(); })) {
+    ADD_FAILURE() << "the loop did not end at its quit message";
+    MThreadQueue::PostThreadMessage(id, kMsgQuit, 0, 0);  // so that the join below returns
+  }
   loop.join();
   EXPECT_EQ(seen, (std::vector<unsigned int>{1, 2, 3}));
   EXPECT_FALSE(MThreadQueue::PostThreadMessage(id, 4, 0, 0));  // that thread is gone
