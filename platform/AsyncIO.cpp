@@ -6,10 +6,11 @@
 // by whoever takes them from the ring first: a thread that waits while
 // transfers of its own are in the ring sleeps in the ring and takes them
 // itself, since a hand-over from another thread costs a wake-up for every
-// transfer; one reaper thread takes all the others. A few threads of the layer's own, started when first needed,
-// make the transfers that the ring does not take: all of them where the
-// system refuses a ring or the host chose the threads, and any single one
-// that a full or failing ring refuses. A transfer, once started, always ends.
+// transfer; one reaper thread takes all the others. A few threads of the
+// layer's own, started when first needed, make the transfers that the ring
+// does not take: all of them where the system refuses a ring or the host
+// chose the threads, and any single one that a full or failing ring
+// refuses. A transfer, once started, always ends.
 #include "platform/internal/AsyncIO.h"
 
 #include <algorithm>
@@ -70,7 +71,6 @@ struct Request : MQueuedCompletion {
   std::shared_ptr<MThreadAlert> mStarter;  // the thread that started it, and runs mRoutine
   uint32_t mError = 0;
   uint32_t mBytes = 0;
-  bool mOnRing = false;      // in the ring; else on the threads' route
   Request* mNext = nullptr;  // in the free list, the threads' queue or the ring's list
   Request* mPrevious = nullptr;  // in the ring's list
 };
@@ -147,7 +147,10 @@ class Engine {
   bool WaitInRing(MThreadAlert& self, uint32_t milliseconds) {
     {
       std::lock_guard<std::mutex> lock(mRingMutex);
-      if (mRingState != RingState::kOpen || !mRing.WaitsWithLimit()) return false;
+      if (mRingState != RingState::kOpen || !mRing.WaitsWithLimit()) {
+        self.mInRingWait.store(false, std::memory_order_release);
+        return false;
+      }
       ++mRingSleepers;
     }
     const uint32_t error = mRing.WaitReady(std::min(milliseconds, kRingSleepMilliseconds));
@@ -289,7 +292,6 @@ class Engine {
       return false;
     }
     // In the list of transfers in the ring, so that a failed wait can end them.
-    r->mOnRing = true;
     r->mPrevious = nullptr;
     r->mNext = mInRing;
     if (mInRing) mInRing->mPrevious = r;
@@ -306,7 +308,6 @@ class Engine {
     }
     if (r->mNext) r->mNext->mPrevious = r->mPrevious;
     r->mNext = r->mPrevious = nullptr;
-    r->mOnRing = false;
     r->mStarter->mTransfersInRing.fetch_sub(1, std::memory_order_acq_rel);
   }
 

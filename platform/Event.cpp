@@ -64,7 +64,6 @@ uint32_t MEvent::Wait(uint32_t milliseconds, bool alertable) {
         lock.unlock();
         inRing = vbu::platform::WaitInTransferRing(self, left);
         lock.lock();
-        self.mInRingWait.store(false, std::memory_order_release);
         continue;
       }
       if (milliseconds == kWaitForever) {

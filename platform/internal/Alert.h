@@ -30,7 +30,7 @@ struct MThreadAlert {
   // wakes it at once, not through a second thread.
   std::atomic<int> mTransfersInRing{0};
   // True while it sleeps in the ring: a signal for it (under mMutex) must
-  // then also wake the ring (WakeRingWaiter).
+  // then also wake the ring (WakeThread).
   std::atomic<bool> mInRingWait{false};
 
   ~MThreadAlert();
@@ -51,7 +51,8 @@ void WakeThread(MThreadAlert& thread);
 // `milliseconds` (kWaitForever: no limit; the sleep may end earlier), then
 // delivers the ends found there. False when the ring cannot be waited on
 // now: the caller waits on mWake instead. Called without `self.mMutex`,
-// with self.mInRingWait set; clears it once awake.
+// with self.mInRingWait set; clears it as soon as the sleep is over, before
+// delivering, so that ends it delivers to itself wake no ring.
 bool WaitInTransferRing(MThreadAlert& self, uint32_t milliseconds);
 
 }  // namespace vbu::platform

@@ -16,7 +16,6 @@ struct statx;
 struct statvfs;
 struct statfs;
 struct io_uring;
-struct io_uring_cqe;
 struct __kernel_timespec;
 struct sigaction;
 struct dirent;
