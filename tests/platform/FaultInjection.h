@@ -46,6 +46,8 @@
 
 #include <dirent.h>
 
+#include <gtest/gtest.h>
+
 #include <atomic>
 #include <cerrno>
 #include <cstddef>
@@ -316,3 +318,11 @@ class LeakProbe {
   int mDescriptors;
   std::size_t mRequests;
 };
+
+// After a swept run: nothing leaked since `probe` was made, and no block of
+// the table's left.
+inline void ExpectNothingLeaked(const StSysCallFaults& faults, const LeakProbe& probe) {
+  EXPECT_TRUE(probe.Clean()) << faults.Describe() << probe.Describe();
+  EXPECT_EQ(faults.LivePageBlocks(), 0) << faults.Describe();
+  EXPECT_EQ(faults.LiveHeapBlocks(), 0) << faults.Describe();
+}

@@ -58,14 +58,6 @@ class Sweep : public ::testing::TestWithParam<vbu::TransferRoute> {
   TempFolder dir;
 };
 
-// After each run: nothing leaked since `probe` was made, no block of the
-// table's left.
-void ExpectNothingLeaked(const StSysCallFaults& faults, const LeakProbe& probe) {
-  EXPECT_TRUE(probe.Clean()) << faults.Describe() << probe.Describe();
-  EXPECT_EQ(faults.LivePageBlocks(), 0) << faults.Describe();
-  EXPECT_EQ(faults.LiveHeapBlocks(), 0) << faults.Describe();
-}
-
 }  // namespace
 
 INSTANTIATE_TEST_SUITE_P(Routes, Sweep,

@@ -338,9 +338,7 @@ TEST_P(PathSweepTest, EveryFailingCallEndsWithTheDocumentedResult) {
     faults.Resume();
     row.run(dir, name, faults);
     faults.Pause();
-    EXPECT_TRUE(probe.Clean()) << faults.Describe() << probe.Describe();
-    EXPECT_EQ(faults.LivePageBlocks(), 0) << faults.Describe();
-    EXPECT_EQ(faults.LiveHeapBlocks(), 0) << faults.Describe();
+    ExpectNothingLeaked(faults, probe);
   });
   EXPECT_LT(runs, kLimit);
   EXPECT_GT(runs, row.minimumCalls) << "the operation makes more calls than that";
