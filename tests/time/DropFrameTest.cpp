@@ -57,26 +57,12 @@ TEST(DropFrame, PublishedLabelsAndCountsFromTheReference) {
     CTimecode reference, plain;
     const char* drop;
   } rows[] = {
-      // The published table, from zero; each label converts back exactly.
-      {At30(0, 0, 0, 0), At30(0, 0, 59, 29), "00:00:59:29"}, {At30(0, 0, 0, 0), At30(0, 1, 0, 0), "00:01:00:02"},
-      {At30(0, 0, 0, 0), At30(0, 1, 59, 28), "00:02:00:02"}, {At30(0, 0, 0, 0), At30(0, 9, 59, 29), "00:10:00:17"},
-      {At30(0, 0, 0, 0), At30(0, 10, 0, 0), "00:10:00:18"},  {At30(0, 0, 0, 0), At30(1, 0, 0, 0), "01:00:03:18"},
-      {At30(0, 0, 0, 0), At30(10, 0, 0, 0), "10:00:36:00"},  {At30(0, 0, 0, 0), At30(23, 59, 59, 29), "24:01:26:13"},
-      {At30(0, 0, 0, 0), At30(24, 0, 0, 0), "24:01:26:14"},
-      // Far from the reference a single correction is not enough.
-      {At30(0, 0, 0, 0), At30(16, 40, 59, 28), "16:42:00:02"}, {At30(0, 0, 0, 0), At30(16, 40, 59, 29), "16:42:00:03"},
-      {At30(1, 0, 0, 0), At30(1, 1, 0, 0), "01:01:00:02"},  // the hour before drops nothing
-      {At30(0, 59, 0, 0), At30(1, 0, 0, 0), "01:00:00:00"},  // the 60th minute is a tenth
-      {At30(0, 59, 0, 0), At30(1, 1, 0, 0), "01:01:00:02"},
-      {At30(0, 0, 30, 0), At30(0, 1, 30, 0), "00:01:30:02"},
+      // Anchors of the published table, from zero (every frame of a day is
+      // checked against the model above).
+      {At30(0, 0, 0, 0), At30(0, 1, 0, 0), "00:01:00:02"}, {At30(0, 0, 0, 0), At30(0, 10, 0, 0), "00:10:00:18"},
+      {At30(0, 0, 0, 0), At30(10, 0, 0, 0), "10:00:36:00"}, {At30(0, 0, 0, 0), At30(24, 0, 0, 0), "24:01:26:14"},
       // Before the reference a value is its own label, also on :00 and :01.
-      {At30(1, 0, 0, 0), At30(0, 30, 0, 0), "00:30:00:00"},
-      {At30(1, 0, 0, 0), At30(0, 31, 0, 0), "00:31:00:00"},
-      {At30(1, 0, 0, 0), At30(0, 31, 0, 1), "00:31:00:01"},
-      // A reference on a label that drop-frame skips keeps it, and the next.
-      {At30(0, 5, 0, 0), At30(0, 5, 0, 0), "00:05:00:00"},
-      {At30(0, 5, 0, 0), At30(0, 5, 0, 1), "00:05:00:01"},
-      {At30(0, 5, 0, 0), At30(0, 6, 0, 0), "00:06:00:02"},
+      {At30(1, 0, 0, 0), At30(0, 31, 0, 0), "00:31:00:00"}, {At30(1, 0, 0, 0), At30(0, 31, 0, 1), "00:31:00:01"},
       // Labels are read at 30 fps whatever the rate: NTSC material held at 29.97.
       {CTimecode(0, 0, 0, 0, 29.97), CTimecode(1, 0, 0, 0, 29.97), "01:00:03:18"},
       {At30(0, 0, 0, 0), CTimecode(1, 0, 0, 0, 25.0), "01:00:03:18"},
@@ -86,16 +72,10 @@ TEST(DropFrame, PublishedLabelsAndCountsFromTheReference) {
     row.plain.Nondrop2Drop(row.reference, &drop);
     EXPECT_EQ(Label(drop), row.drop) << Label(row.reference) << " " << Label(row.plain);
     EXPECT_EQ(drop.GetFrameRate(), 30.0);
-    if (row.reference.IsZero() && row.plain.GetFrameRate() == 30.0) {
-      CTimecode back;
-      drop.Drop2Nondrop(row.reference, &back);
-      EXPECT_EQ(Label(back), Label(row.plain));
-    }
   }
   // Labels that drop-frame skips read as the next legal one.
   CTimecode zero;
   for (auto [label, plain] : {std::pair{At30(0, 1, 0, 0), "00:01:00:00"}, {At30(0, 1, 0, 1), "00:01:00:00"},
-                              {At30(0, 1, 0, 2), "00:01:00:00"}, {At30(0, 10, 0, 0), "00:09:59:12"},
                               {CTimecode(1, 0, 3, 18, 29.97), "01:00:00:00"}}) {
     CTimecode back;
     label.Drop2Nondrop(zero, &back);

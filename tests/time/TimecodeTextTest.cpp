@@ -89,15 +89,10 @@ TEST(CTimecode, TextRoundTripsForEveryFrameType) {
       back.SetFrameType(type);
       back.SetTime(text);
       ASSERT_EQ(back, t) << std::string(text.GetLength(), ' ');
-      CTimecodeParser parser;
-      parser.Parse(text, false);
-      ASSERT_EQ(parser.GetTime().GetFrameType(), type == kFrameType25 ? kFrameType25 : kFrameType30);
     }
   }
   CTimecode wide(65535, 59, 59, 1199, 1200.0);
   unsigned short buffer[kTimecodeTextMax];
   wide.GetTime(buffer);
   EXPECT_EQ(std::u16string(reinterpret_cast<char16_t*>(buffer)), u"65535:59:59:1199");
-  CTimecode hundred(100, 0, 0, 0, 30.0);
-  EXPECT_EQ(Text(hundred), u"100:00:00:00");
 }
