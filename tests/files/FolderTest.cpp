@@ -76,8 +76,6 @@ TEST(Folders, ExistsOnDiskLeavesTheProcessInTheFolder) {
   std::filesystem::current_path(before);
   EXPECT_FALSE(MDirectory::ExistsOnDisk(nullptr));
   EXPECT_FALSE(folder.CreateNew());
-  MDirectory copy = folder;
-  EXPECT_EQ(Text(copy.GetPath()), Text(folder.GetPath()));
 }
 
 TEST(Folders, FreeSpaceIsTheVolumesInKiB) {
@@ -133,10 +131,14 @@ TEST(FileQuery, OnePathAFolderOrNothing) {
   EXPECT_EQ(empty.GetCount(), 0u);
   CFileQuery missing(dir.Path("missing"));
   EXPECT_EQ(missing.GetCount(), 0u);
-  // Names in order; a subfolder's files where the subfolder stands; hidden files too.
+  // Names in order; a subfolder's files where the subfolder stands; hidden
+  // files and dangling links too; a link back up is not walked again.
+  std::filesystem::create_directory_symlink(dir.Bytes("s"), dir.Bytes("s/t/back"));
+  std::filesystem::create_symlink(dir.Bytes("nowhere"), dir.Bytes("s/dangling"));
   CFileQuery tree(dir.Path(""));
   std::string root = dir.Bytes("");
-  EXPECT_EQ(Listed(tree), (std::vector<std::string>{root + "/a", root + "/b", root + "/s/c", root + "/s/t/.hidden"}));
+  EXPECT_EQ(Listed(tree), (std::vector<std::string>{root + "/a", root + "/b", root + "/s/c", root + "/s/dangling",
+                                                    root + "/s/t/.hidden"}));
 }
 
 TEST(FileQuery, ADropListsInTheOrderOfTheDrop) {
@@ -152,13 +154,4 @@ TEST(FileQuery, ADropListsInTheOrderOfTheDrop) {
                                                      dir.Bytes("a")}));
   CFileQuery none(static_cast<MStringList*>(nullptr));
   EXPECT_EQ(none.GetCount(), 0u);
-}
-
-TEST(FileQuery, ACycleOfLinksEnds) {
-  TempFolder dir;
-  MakeTree(dir);
-  std::filesystem::create_directory_symlink(dir.Bytes("s"), dir.Bytes("s/t/back"));
-  std::filesystem::create_symlink(dir.Bytes("nowhere"), dir.Bytes("s/dangling"));
-  CFileQuery query(dir.Path("s"));
-  EXPECT_EQ(Listed(query), (std::vector<std::string>{dir.Bytes("s/c"), dir.Bytes("s/dangling"), dir.Bytes("s/t/.hidden")}));
 }

@@ -45,8 +45,8 @@ TEST_F(ReadAhead, ForwardReadsChangeBlocksOnceAndEndShort) {
   EXPECT_TRUE(ahead.IsReadPending());
   EXPECT_EQ(ahead.GetPendingBytes(), 4096);
 
-  EXPECT_EQ(Read(0, 1000), 1000);
-  EXPECT_EQ(ahead.GetBlockOffset(), 0) << "no block change";
+  EXPECT_EQ(Read(0, 4096), 4096);
+  EXPECT_EQ(ahead.GetBlockOffset(), 0) << "all the block holds: the change waits for the next read";
 
   EXPECT_EQ(Read(4000, 200), 200) << "96 from one block, 104 from the next";
   EXPECT_EQ(ahead.GetBlockOffset(), 4096);
@@ -65,14 +65,6 @@ TEST_F(ReadAhead, ForwardReadsChangeBlocksOnceAndEndShort) {
   EXPECT_EQ(ahead.GetBlockOffset(), 8192);
   EXPECT_EQ(Read(8182, 30), 30) << "10 bytes from the piece, 20 from the block";
   EXPECT_EQ(Read(5000, 4000), 4000) << "far in front, at an offset off the sector";
-}
-
-TEST_F(ReadAhead, AReadOfExactlyTheBytesLeftChangesBlocksOnlyOnTheNextRead) {
-  ASSERT_EQ(ahead.InitReadBuffer(&file, 0, 4096, 0), 0);
-  EXPECT_EQ(Read(0, 4096), 4096);
-  EXPECT_EQ(ahead.GetBlockOffset(), 0);
-  EXPECT_EQ(Read(4096, 10), 10);
-  EXPECT_EQ(ahead.GetBlockOffset(), 4096);
 }
 
 TEST_F(ReadAhead, ReadingInFrontNeverDeliversBytesBehindTheFile) {
@@ -104,16 +96,6 @@ TEST_F(ReadAhead, StartsThatHaveNothingToRead) {
   int bytes = -1;
   EXPECT_EQ(unused.FillInReadBuffer(bytes), 0);
   EXPECT_EQ(bytes, 0);
-}
-
-TEST_F(ReadAhead, ASmallFileIsOneReadAndNothingPending) {
-  WriteAll(dir.Bytes("small"), content.substr(0, 3000));
-  MFileUniv small;
-  ASSERT_EQ(small.FOpen(dir.Path("small"), MFile::file_overlapped_read), 0);
-  ASSERT_EQ(ahead.InitReadBuffer(&small, 0, 4096, 0), 0);
-  EXPECT_FALSE(ahead.IsReadPending());
-  EXPECT_EQ(Read(2990, 100), 10);
-  EXPECT_EQ(Read(3000, 1), 0);
 }
 
 TEST(ReadAheadSeeks, ANewStartWhileAReadIsInFlightDeliversTheFilesBytes) {
