@@ -73,7 +73,6 @@ TEST(LArray, RemoveByValueAssignAndFetch) {
 
 TEST(LList, PointerItemsAndSetItemAt) {
   LList list;
-  EXPECT_EQ(list.GetItemSize(1), sizeof(void*));
   int a = 1, b = 2, c = 3;
   for (auto [index, p] : {std::pair{1L, &a}, {2L, &b}, {1L, &c}}) list.SetItemAt(index, &p);  // append, append, replace
   int* key = &b;

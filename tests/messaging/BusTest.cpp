@@ -1,5 +1,6 @@
-// Broadcasters, listeners, notifiers and responders. Links, order of
-// delivery and deaths in random runs are in BusModelTest.
+// Broadcasters, listeners, notifiers and responders. Links, flags, order of
+// delivery and deaths in random runs are in BusModelTest; the dying
+// message's parameter in StaticObjectsTest.
 #include <VantoroBasicUtils/messaging/LBroadcaster.h>
 #include <VantoroBasicUtils/messaging/LListener.h>
 #include <VantoroBasicUtils/messaging/LNotifier.h>
@@ -18,12 +19,10 @@ using Log = std::vector<std::pair<int, long>>;
 class Recorder : public LListener {
  public:
   Recorder(Log* log, int tag) : mLog(log), mTag(tag) {}
-  bool ListenToMessage(long message, void* param) override {
+  bool ListenToMessage(long message, void*) override {
     mLog->push_back({mTag, message});
-    lastParam = param;
     return true;
   }
-  void* lastParam = nullptr;
 
  private:
   Log* mLog;
@@ -31,17 +30,6 @@ class Recorder : public LListener {
 };
 
 }  // namespace
-
-// Flags, links and the dying message's receivers are in BusModelTest.
-TEST(LBroadcaster, DyingMessageNamesTheBroadcaster) {
-  Log log;
-  Recorder r(&log, 1);
-  auto* b = new LBroadcaster;
-  b->AddListener(&r);
-  delete b;
-  EXPECT_EQ(log, (Log{{1, kMsgBroadcasterDying}}));
-  EXPECT_EQ(r.lastParam, b);
-}
 
 TEST(LBroadcaster, CopiesStartWithoutListeners) {
   Log log;

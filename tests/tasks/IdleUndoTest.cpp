@@ -40,8 +40,6 @@ class Idle : public ::testing::Test {
 }  // namespace
 
 TEST_F(Idle, RunsEachPendingProcessOnceInOrderAndDeletesItButNoCopyOrRemovedOne) {
-  gIdleProcesses.ExecuteAll();
-  EXPECT_TRUE(gRan.empty());
   new Job("a");
   Job* cancelled = new Job("c");
   Job* removed = new Job("r");
