@@ -183,6 +183,11 @@ class Engine {
     return mRequests - mFreeCount;
   }
 
+  bool RingHasFailed() {
+    std::lock_guard<std::mutex> lock(mRingMutex);
+    return mRingState == RingState::kFailed;
+  }
+
  private:
   enum class RingState { kUntried, kOpen, kRefused, kFailed };
 
@@ -498,6 +503,8 @@ bool WaitInTransferRing(MThreadAlert& self, uint32_t milliseconds) {
 bool TransfersUseIoUring() { return Engine::Get().RingCarriesTransfers(); }
 
 std::size_t TransferRequestsInUse() { return Engine::Get().RequestsInUse(); }
+
+bool TransferRingHasFailed() { return Engine::Get().RingHasFailed(); }
 
 }  // namespace vbu::platform
 

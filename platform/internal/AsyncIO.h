@@ -74,4 +74,9 @@ bool TransfersUseIoUring();
 // has not run yet. For tests, which check that nothing is lost.
 std::size_t TransferRequestsInUse();
 
+// True from the moment the ring's wait has failed until the next transfer
+// replaces the ring. Until then the ring still hands out every end that it
+// holds, so a test that fails the ring's waits waits for this first.
+bool TransferRingHasFailed();
+
 }  // namespace vbu::platform
