@@ -4,6 +4,8 @@
 //   LList list;  LListIterator it(list);
 #pragma once
 
+#include <VantoroBasicUtils/Version.h>
+
 #include <VantoroBasicUtils/platform/Event.h>
 #include <VantoroBasicUtils/platform/Export.h>
 #include <VantoroBasicUtils/platform/FileChooser.h>

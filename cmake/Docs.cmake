@@ -3,7 +3,10 @@
 # (scripts/setup.sh installs it); without it the target says so and fails.
 find_program(VBU_DOXYGEN doxygen)
 set(VBU_DOCS_DIR ${PROJECT_BINARY_DIR}/docs)
-list(TRANSFORM VBU_PUBLIC_HEADERS PREPEND "${PROJECT_SOURCE_DIR}/" OUTPUT_VARIABLE VBU_DOCS_INPUTS)
+# The headers are read through build/include/VantoroBasicUtils, so that each
+# class page shows the include a host writes: <VantoroBasicUtils/time/CTimecode.h>.
+list(TRANSFORM VBU_PUBLIC_HEADERS PREPEND "${PROJECT_BINARY_DIR}/include/VantoroBasicUtils/" OUTPUT_VARIABLE VBU_DOCS_INPUTS)
+list(APPEND VBU_DOCS_INPUTS ${VBU_GENERATED_INCLUDE}/VantoroBasicUtils/Version.h)
 list(JOIN VBU_DOCS_INPUTS " " VBU_DOCS_INPUT)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/Doxyfile.in ${VBU_DOCS_DIR}/Doxyfile @ONLY)
 if(VBU_DOXYGEN)

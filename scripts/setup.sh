@@ -3,7 +3,7 @@
 set -euo pipefail
 
 packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev liburing-dev libboost-dev fio
-          doxygen dpkg-dev  # the API reference and the Debian packages
+          doxygen dpkg-dev lintian file  # the API reference and the Debian packages (built and checked)
           clang libclang-rt-14-dev)  # clang and its libFuzzer runtime: the fuzz preset
 
 missing=()

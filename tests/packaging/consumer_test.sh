@@ -35,9 +35,11 @@ if grep -rn '#include "' "$inc"; then
 fi
 
 # Builds and runs the consumer against the library installed under `root`:
-# once with find_package, once with pkg-config.
+# once with find_package, once with pkg-config. `sysroot`, when given, is the
+# folder that stands for / (the packages' files unpacked there): their .pc
+# file names plain /usr paths, as Debian asks.
 build_host() {
-  local root=$1 name=$2
+  local root=$1 name=$2 sysroot=${3:-}
   cmake -S "$consumer_src" -B "$work/$name-cmake" -DCMAKE_PREFIX_PATH="$root" \
         -DCMAKE_CXX_COMPILER="$cxx" >/dev/null
   cmake --build "$work/$name-cmake" >/dev/null
@@ -47,10 +49,11 @@ build_host() {
 
   local pcdir flags
   pcdir=$(dirname "$(find "$root" -name VantoroBasicUtils.pc | head -n1)")
-  flags=$(PKG_CONFIG_PATH=$pcdir pkg-config --cflags --libs VantoroBasicUtils)
+  grep -q "^prefix=/" "$pcdir/VantoroBasicUtils.pc" || { echo "the .pc file's prefix is not absolute"; exit 1; }
+  flags=$(PKG_CONFIG_SYSROOT_DIR=$sysroot PKG_CONFIG_PATH=$pcdir pkg-config --cflags --libs VantoroBasicUtils)
   # shellcheck disable=SC2086
   "$cxx" -std=c++20 "$consumer_src/main.cpp" -o "$work/$name-pc" $flags
-  LD_LIBRARY_PATH=$(PKG_CONFIG_PATH=$pcdir pkg-config --variable=libdir VantoroBasicUtils) "$work/$name-pc"
+  LD_LIBRARY_PATH=$sysroot$(PKG_CONFIG_PATH=$pcdir pkg-config --variable=libdir VantoroBasicUtils) "$work/$name-pc"
   echo "$name: consumer built and ran with find_package and with pkg-config"
 }
 
@@ -61,7 +64,8 @@ build_host "$prefix" install
 # scratch root as dpkg would install them, serve a host.
 if command -v dpkg-deb >/dev/null && [ -f "$build_dir/CPackConfig.cmake" ]; then
   (cd "$build_dir" && cpack -G DEB -B "$work/debs" >/dev/null)
-  runtime=$(ls "$work"/debs/libvantorobasicutils[0-9]*.deb)
+  runtime=$(ls "$work"/debs/libvantorobasicutils[0-9]*.deb | grep -v -- '-dbg_')
+  debug=$(ls "$work"/debs/libvantorobasicutils[0-9]*-dbg_*.deb)
   dev=$(ls "$work"/debs/libvantorobasicutils-dev_*.deb)
   runtime_name=$(dpkg-deb -f "$runtime" Package)
   dpkg-deb -f "$dev" Depends | grep -q "^$runtime_name (= " || { echo "dev package lacks its runtime dependency"; exit 1; }
@@ -70,5 +74,24 @@ if command -v dpkg-deb >/dev/null && [ -f "$build_dir/CPackConfig.cmake" ]; then
   root=$work/root
   dpkg-deb -x "$runtime" "$root"
   dpkg-deb -x "$dev" "$root"
-  build_host "$root/usr" debian-packages
+    # Debian's places: the library in the multiarch folder, each package's
+  # copyright file and changelog, the library stripped (its debug
+  # information in the -dbgsym package).
+  multiarch=$(dpkg-architecture -qDEB_HOST_MULTIARCH 2>/dev/null || gcc -print-multiarch)
+  ls "$root"/usr/lib/"$multiarch"/libVantoroBasicUtils.so.* >/dev/null || { echo "library not in the multiarch folder"; exit 1; }
+  for package in "$runtime_name" libvantorobasicutils-dev; do
+    for doc in copyright changelog.Debian.gz; do
+      [ -f "$root/usr/share/doc/$package/$doc" ] || { echo "$package lacks $doc"; exit 1; }
+    done
+  done
+  if file -L "$root"/usr/lib/"$multiarch"/libVantoroBasicUtils.so.* | grep -q 'not stripped'; then
+    echo "the packaged library is not stripped"; exit 1
+  fi
+  dpkg-deb -c "$debug" > "$work/debug-files"
+  grep -q '/usr/lib/debug/\.build-id/.*\.debug$' "$work/debug-files" || { echo "the debug package lacks the debug information"; exit 1; }
+  # Debian's checks: no errors (warnings are reported, not fatal).
+  if command -v lintian >/dev/null; then
+    lintian --fail-on error --suppress-tags maintscript-calls-ldconfig "$work"/debs/*.deb
+  fi
+  build_host "$root/usr" debian-packages "$root"
 fi

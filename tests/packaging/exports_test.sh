@@ -43,7 +43,7 @@ for name in 'Handle::Resize' 'StPointerBlock::StPointerBlock' 'UMemUtils::memcpy
             'CThreadDispatcher::GetThreadDispatcher' 'CThreadDispatcher::sThreadDispatcher' 'CBrevanderWinThread::Quit' \
             'gIdleProcesses' 'CIdleProcesses::ExecuteAll' 'CIdleProcess::Execute' 'COperation::Execute' \
             'COperationList::addOperation' 'COperationList::Undo' 'MThread::SuspendThread' 'MThread::ClaimMainThread' \
-            'BeginThread'; do
+            'BeginThread' 'vbu::GetLibraryVersion' 'vbu::GetLibraryVersionNumber'; do
   if ! grep -qF -- "$name" <<<"$symbols"; then
     echo "not exported: $name"; fail=1
   fi

@@ -18,5 +18,10 @@ int main() {
     std::printf("consumer: wrong result\n");
     return 1;
   }
+  // The library it runs with is the one whose headers it was built with.
+  if (vbu::GetLibraryVersionNumber() != VBU_VERSION_NUMBER) {
+    std::printf("consumer: built against %s, running with %s\n", VBU_VERSION_STRING, vbu::GetLibraryVersion());
+    return 1;
+  }
   return 0;
 }
