@@ -14,6 +14,7 @@ class VBU_API StMemoryState {
  public:
   // The label argument is dropped: the label starts empty.
   explicit StMemoryState(unsigned short* label = nullptr);
+  explicit StMemoryState(const unsigned short* label);
   StMemoryState(const StMemoryState& other) = default;
   StMemoryState& operator=(const StMemoryState& other) = default;
   ~StMemoryState();

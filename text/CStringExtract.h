@@ -13,10 +13,12 @@ class VBU_API CStringExtract {
  public:
   // The position just behind the first double quote; 0 if there is none.
   static int SeekLeftDoubleQuat(unsigned short* text);
+  static int SeekLeftDoubleQuat(const unsigned short* text);
   // Copies what stands before the first double quote into `result` (which
   // must hold it) and gives the position behind that quote; with no quote,
   // an empty result and 0.
   static int GetString(unsigned short* text, unsigned short* result);
+  static int GetString(const unsigned short* text, unsigned short* result);
   static int SeekLeftDoubleQuatChar(const char* text);
   static int GetStringChar(const char* text, char* result);
 };

@@ -116,11 +116,22 @@ MStringList::~MStringList() {
 void MStringList::Add(const unsigned short* text) { mList->AddListToTail(new MString(text)); }
 
 void MStringList::AddFormat(unsigned short* format, ...) {
-  unsigned short out[vbu::text::kFormatRoom];
   va_list args;
   va_start(args, format);
-  vbu::text::FormatUnits(out, format, args);
+  AddFormatList(format, args);
   va_end(args);
+}
+
+void MStringList::AddFormat(const unsigned short* format, ...) {
+  va_list args;
+  va_start(args, format);
+  AddFormatList(format, args);
+  va_end(args);
+}
+
+void MStringList::AddFormatList(const unsigned short* format, va_list args) {
+  unsigned short out[vbu::text::kFormatRoom];
+  vbu::text::FormatUnits(out, format, args);
   Add(out);
 }
 

@@ -7,6 +7,8 @@
 //   for (MString* s = lines.GetHead(); s; s = lines.GetNext()) std::printf("%s\n", UStringUtils::TtoA(*s));
 #pragma once
 
+#include <cstdarg>
+
 #include <VantoroBasicUtils/platform/Export.h>
 #include <VantoroBasicUtils/text/MString.h>
 
@@ -23,6 +25,7 @@ class VBU_API MStringList {
   void Add(const unsigned short* text);
   // Appends the text that MString::Format makes of the arguments.
   void AddFormat(unsigned short* format, ...);
+  void AddFormat(const unsigned short* format, ...);
   // Appends copies of `other`'s strings (moving its cursor).
   void AddList(MStringList* other);
   void AddArray(const MStringArray& other);
@@ -41,5 +44,7 @@ class VBU_API MStringList {
   MStringList& operator=(MStringArray& other);
 
  private:
+  void AddFormatList(const unsigned short* format, va_list args);
+
   CVoidList* mList;
 };

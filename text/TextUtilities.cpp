@@ -14,13 +14,17 @@ namespace wt = vbu::wtext;
 char UStringUtils::mABuffer[1024];
 unsigned short UStringUtils::mTBuffer[2048];
 
-char* UStringUtils::TtoA(unsigned short* text) {
+char* UStringUtils::TtoA(unsigned short* text) { return TtoA(static_cast<const unsigned short*>(text)); }
+
+char* UStringUtils::TtoA(const unsigned short* text) {
   MString s(text);
   s.ExportASCII(mABuffer, sizeof mABuffer - 1, kCharacterSetWindows);
   return mABuffer;
 }
 
-unsigned short* UStringUtils::AtoT(char* text) {
+unsigned short* UStringUtils::AtoT(char* text) { return AtoT(static_cast<const char*>(text)); }
+
+unsigned short* UStringUtils::AtoT(const char* text) {
   MString s;
   s.ImportASCII(text, -1);
   s.ExportUnicode(mTBuffer, 2048);
@@ -116,7 +120,9 @@ int CopyToQuote(const Unit* text, Unit* result) {
 }  // namespace
 
 int CStringExtract::SeekLeftDoubleQuat(unsigned short* text) { return SeekQuote(text); }
+int CStringExtract::SeekLeftDoubleQuat(const unsigned short* text) { return SeekQuote(text); }
 int CStringExtract::GetString(unsigned short* text, unsigned short* result) { return CopyToQuote(text, result); }
+int CStringExtract::GetString(const unsigned short* text, unsigned short* result) { return CopyToQuote(text, result); }
 int CStringExtract::SeekLeftDoubleQuatChar(const char* text) { return SeekQuote(text); }
 int CStringExtract::GetStringChar(const char* text, char* result) {
   return CopyToQuote(text, result);

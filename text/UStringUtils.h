@@ -15,8 +15,10 @@ class VBU_API UStringUtils {
   // `text` in the system's code page, in mABuffer; a text that doesn't fit
   // its 1024 bytes (terminator included) comes out empty, never cut.
   static char* TtoA(unsigned short* text);
+  static char* TtoA(const unsigned short* text);
   // `text` from the system's code page, in mTBuffer (up to 2047 units; more is cut).
   static unsigned short* AtoT(char* text);
+  static unsigned short* AtoT(const char* text);
 
   static unsigned short* strchr(const unsigned short* text, int c);
   static unsigned short* strrchr(const unsigned short* text, int c);

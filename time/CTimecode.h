@@ -99,6 +99,9 @@ class VBU_API CTimecode : public LNotifier {
   // left, missing ones 0; then sets them at `rate`.
   virtual bool SetTime(unsigned short* text, double rate);
   virtual bool SetTime(unsigned short* text);
+  // The same for text that is only read, such as a u"..."_u16 literal.
+  bool SetTime(const unsigned short* text, double rate) { return SetTime(const_cast<unsigned short*>(text), rate); }
+  bool SetTime(const unsigned short* text) { return SetTime(const_cast<unsigned short*>(text)); }
   // The four labels after the frame type (every type but 0, 1, 3 gives 30.0).
   virtual bool SetTime(unsigned short hour, unsigned short minute, unsigned short second, unsigned short frame,
                        frame_type_t type);
@@ -108,6 +111,9 @@ class VBU_API CTimecode : public LNotifier {
   virtual bool SetTime(unsigned short hour, unsigned short minute, unsigned short second, unsigned short frame);
   // As SetTime(text, rate) with the rate of `type`; other types keep the rate.
   virtual bool SetTimeWithType(unsigned short* text, frame_type_t type);
+  bool SetTimeWithType(const unsigned short* text, frame_type_t type) {
+    return SetTimeWithType(const_cast<unsigned short*>(text), type);
+  }
   // From a 1-based frame count (below 1 counts as 1), after SetFrameType(type)
   // unless `type` is kFrameTypeCurrent.
   virtual void SetTotalFrame(long total, frame_type_t type);

@@ -3,8 +3,7 @@
 // first) and a frame type, and prints four numbers back as timecode text.
 // A ';' before the frame means 25 frames per second.
 //
-//   MString entered(u"01:02:03;04"_u16);
-//   CTimecodeParser p;  p.Parse(entered, false);   // kFrameType25
+//   CTimecodeParser p;  p.Parse(u"01:02:03;04"_u16, false);   // kFrameType25
 //   CTimecode t = p.GetTime();                     // 01:02:03:04 at 25
 //   MString text = p.GetString();                  // "01:02:03;04"
 #pragma once
@@ -24,6 +23,8 @@ class VBU_API CTimecodeParser {
   // Splits `text` (not changed) into the fields; sets the frame type from
   // the separators unless `keepFrameType`.
   virtual void Parse(unsigned short* text, bool keepFrameType);
+  // The same for text that is only read, such as a u"..."_u16 literal.
+  void Parse(const unsigned short* text, bool keepFrameType) { Parse(const_cast<unsigned short*>(text), keepFrameType); }
   // A field's number; empty or unreadable text gives 0.
   virtual unsigned short GetHour();
   virtual unsigned short GetMinute();

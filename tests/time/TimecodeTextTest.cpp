@@ -19,8 +19,6 @@ std::u16string Text(CTimecode& t) {
   return S(s);
 }
 
-unsigned short* Mutable(const unsigned short* text) { return const_cast<unsigned short*>(text); }
-
 }  // namespace
 
 TEST(CTimecodeParser, FieldsFillFromTheRight) {
@@ -44,15 +42,15 @@ TEST(CTimecodeParser, FieldsFillFromTheRight) {
   };
   for (auto& row : rows) {
     CTimecodeParser p;
-    p.Parse(Mutable(row.text), row.keep);
+    p.Parse(row.text, row.keep);
     EXPECT_EQ(S(p.GetString()), row.string);
     EXPECT_EQ(std::tuple(p.GetHour(), p.GetMinute(), p.GetSecond(), p.GetFrame(), p.GetFrameType()),
               std::tuple(row.hour, row.minute, row.second, row.frame, row.type));
   }
   CTimecodeParser p;
-  p.Parse(Mutable(u"01:02:03:04"_u16), false);
+  p.Parse(u"01:02:03:04"_u16, false);
   EXPECT_EQ(S(p.GetRawString()), u"01020304");
-  p.Parse(Mutable(u"7"_u16), false);
+  p.Parse(u"7"_u16, false);
   EXPECT_EQ(p.GetTime(), CTimecode(0, 0, 0, 7, 30.0));
   p.SetFrameType(kFrameType25);
   p.SetFrame(30);  // validated by the timecode: 24 at 25 fps
@@ -66,15 +64,15 @@ TEST(CTimecode, SetTimeFromTextReadsFromTheLeft) {
   CTimecode t;
   for (auto [text, rate, shown] : {std::tuple{u"1:2"_u16, 30.0, u"01:02:00:00"}, {u"1;2;3;4"_u16, 30.0, u"01:02:03:04"},
                                    {u"1::2"_u16, 30.0, u"01:02:00:00"}, {u"x:7:8:9:10:11"_u16, 25.0, u"00:07:08;09"}}) {
-    t.SetTime(Mutable(text), rate);
+    t.SetTime(text, rate);
     EXPECT_EQ(Text(t), shown);
   }
   std::u16string longText(100, u'1');  // a work area of 32 units: no overrun
   t.SetTime(vbu::ToUnits(longText.data()));
   CTimecode other(0, 0, 0, 5, 29.97);
-  other.SetTimeWithType(Mutable(u"0:0:1:2"_u16), kFrameTypeOther);  // keeps the rate
+  other.SetTimeWithType(u"0:0:1:2"_u16, kFrameTypeOther);  // keeps the rate
   EXPECT_EQ(other.GetFrameRate(), 29.97);
-  other.SetTimeWithType(Mutable(u"0:0:1:2"_u16), kFrameType24);
+  other.SetTimeWithType(u"0:0:1:2"_u16, kFrameType24);
   EXPECT_EQ(other.GetFrameRate(), 24.0);
 }
 
