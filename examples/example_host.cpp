@@ -346,9 +346,16 @@ class JoinTask : public CBrevanderThread {
     const Clock::time_point start = Clock::now();
     CThreadStatus::Status(0, mTotal / kSector, Units(mJob.description + ": joining"));
 
+    // An earlier join's segments go with it: opened to be written, an info
+    // file would keep its list and empty every segment.
     MFiles destination;
+    MString path = Units(mJob.destination);
+    if (MFiles::IsBrevanderMFiles(path) && destination.FOpen(path, MFile::file_read_binary) == 0) {
+      destination.FDelete();
+      destination.FClose();
+    }
     destination.SetMaxFileSize(mSegmentLimit);
-    if (destination.FOpen(Units(mJob.destination), MFile::file_overlapped_create) != 0) {
+    if (destination.FOpen(path, MFile::file_overlapped_create) != 0) {
       Complain("cannot write " + mJob.destination + ": " + Reason(GetLastError()));
       return;
     }
