@@ -1,20 +1,26 @@
 // example_host: what a DVD authoring application does with VantoroBasicUtils
 // when it writes a title set. It joins source files (video objects, say)
 // end to end into one destination that spreads itself over segment files,
-// on a worker task, while the user-interface thread shows the progress.
+// on a worker task, reads the result back against the sources, and shows
+// the progress of both on the user-interface thread.
 //
 //   example_host                       a demonstration on generated sources
 //   example_host [options] DEST SOURCE...
 //
 // The parts a host copies:
 //   - start-up and shutdown in main(), in the order the library expects;
-//   - JoinTask, a self-destroying single-run worker task that runs the
-//     concatenation engine into an MFiles destination;
+//   - JoinTask, a self-destroying single-run worker task that checks its
+//     files before it starts (no folder or unreadable source, no source
+//     written over by the destination or its segments), runs the
+//     concatenation engine into an MFiles destination, verifies it and
+//     shows its result when it ends;
 //   - ProgressRelay and MessageRelay, listeners that run on the worker and
 //     hand copies of progress reports and user messages to the
 //     user-interface thread through WM_THREADBROADCAST;
 //   - RunEventLoop, the user-interface thread's loop: it pumps the thread's
 //     queue, runs idle work, and turns Ctrl-C into a cancellation.
+// Errors go to standard error with the system's reason; the settings file
+// is example_host.ini beside the executable.
 #include <VantoroBasicUtils/VantoroBasicUtils.h>
 
 #include <signal.h>
@@ -62,6 +68,12 @@ std::string Utf8(const unsigned short* units) {
 
 // Sends a user message of the kind Error; the display shows it on standard error.
 void Complain(const std::string& text) { CMessageAction::Error(nullptr, Units(text)); }
+
+// The same, for a check that fails.
+bool Unusable(const std::string& text) {
+  Complain(text);
+  return false;
+}
 
 // The system's reason for a file error code, as the file classes leave it
 // in GetLastError(): "Permission denied".
@@ -268,6 +280,7 @@ class JoinTask : public CBrevanderThread {
   void RunSelf() override {
     Join();
     if (mJob.ok && !mStopCopy) mJob.verified = Verify(mJob, mStopCopy);
+    mJob.cancelled = mStopCopy;
   }
 
   // On the user-interface thread, through the dispatcher, after RunSelf.
@@ -299,7 +312,7 @@ class JoinTask : public CBrevanderThread {
     _stati64 info{};
     MString destination = Units(mJob.destination);
     if (probe.FStat(destination, &info) == 0) {
-      if (S_ISDIR(info.st_mode)) return Complain("cannot write " + mJob.destination + ": " + Reason(EISDIR)), false;
+      if (S_ISDIR(info.st_mode)) return Unusable("cannot write " + mJob.destination + ": " + Reason(EISDIR));
       written.emplace_back("the destination " + mJob.destination, info);
       if (MFiles::IsBrevanderMFiles(destination)) {
         MFiles listed;
@@ -322,18 +335,19 @@ class JoinTask : public CBrevanderThread {
     mJob.sizes.clear();
     mTotal = 0;
     for (const std::string& source : mJob.sources) {
-      if (probe.FStat(Units(source), &info) != 0) return Complain("cannot read " + source + ": " + Reason(GetLastError())), false;
-      if (S_ISDIR(info.st_mode)) return Complain("cannot read " + source + ": " + Reason(EISDIR)), false;
-      if (!S_ISREG(info.st_mode)) return Complain("cannot read " + source + ": not a regular file"), false;
+      MFileUniv file;
+      if (probe.FStat(Units(source), &info) != 0) {
+        return Unusable("cannot read " + source + ": " + Reason(GetLastError()));
+      }
+      if (S_ISDIR(info.st_mode)) return Unusable("cannot read " + source + ": " + Reason(EISDIR));
+      if (!S_ISREG(info.st_mode)) return Unusable("cannot read " + source + ": not a regular file");
       for (const auto& [name, target] : written) {
         if (SameFile(info, target)) {
-          Complain("refused: " + name + " is the source " + source + "; nothing was written");
-          return false;
+          return Unusable("refused: " + name + " is the source " + source + "; nothing was written");
         }
       }
-      MFileUniv file;
       if (file.FOpen(Units(source), MFile::file_read_binary) != 0) {
-        return Complain("cannot read " + source + ": " + Reason(GetLastError())), false;
+        return Unusable("cannot read " + source + ": " + Reason(GetLastError()));
       }
       file.FClose();
       mJob.sizes.push_back(info.st_size);
@@ -786,7 +800,7 @@ bool Verify(JobResult& job, const bool& stop) {
   joined.FClose();
   job.verifySeconds = std::chrono::duration<double>(Clock::now() - start).count();
   if (stop && same) {
-    job.verification = "cancelled after " + std::to_string(at) + " bytes";
+    job.verification = "cancelled after " + std::to_string(at) + " of " + std::to_string(job.bytes) + " bytes";
     return false;
   }
   job.verification = same ? "identical" : "DIFFERENT: " + difference;
@@ -812,7 +826,10 @@ std::string Plural(long long count, const char* noun) {
 
 // A job's result, printed when it ends.
 void PrintResult(const JobResult& job, double bitrate, TerminalDisplay& display) {
-  const char* outcome = job.verified ? "done" : job.cancelled ? "cancelled" : !job.ok ? "failed" : "DIFFERENT";
+  const char* outcome = job.verified    ? "done"
+                        : job.cancelled ? "cancelled"
+                        : !job.ok       ? "failed"
+                                        : "DIFFERENT";
   display.Print(job.description + ": " + outcome);
   char line[1024];
   if (job.ok) {
@@ -825,8 +842,8 @@ void PrintResult(const JobResult& job, double bitrate, TerminalDisplay& display)
                   TitleLength(job.bytes, bitrate).c_str());
     display.Print(line);
     if (!job.verification.empty()) {
-      std::snprintf(line, sizeof line, "  verified against the sources: %s (%.2f s)", job.verification.c_str(),
-                    job.verifySeconds);
+      std::snprintf(line, sizeof line, "  %s against the sources: %s (%.2f s)",
+                    job.cancelled ? "the check" : "verified", job.verification.c_str(), job.verifySeconds);
       display.Print(line);
     }
     return;

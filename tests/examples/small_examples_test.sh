@@ -11,9 +11,11 @@ run() { timeout 60 "$@"; }
 
 # Timecode text: ";" before the frame is 25 fps; drop-frame labels at 30 fps.
 out=$(run "$bin/example_timecode" 01:00:00:00 "00:10:00;12" 23:59:59:29 1:2)
-grep -qx '01:00:00:00    01:00:00:00 at 30 fps, frame 108001 from 00:00:00:00, drop-frame label 01:00:03:18' <<< "$out" ||
+line='01:00:00:00    01:00:00:00 at 30 fps, frame 108001 from 00:00:00:00, drop-frame label 01:00:03:18'
+grep -qxF "$line" <<< "$out" ||
   fail "timecode 01:00:00:00: $out"
-grep -qx '00:10:00;12    00:10:00;12 at 25 fps, frame 15013 from 00:00:00:00, no drop-frame labels at this rate' <<< "$out" ||
+line='00:10:00;12    00:10:00;12 at 25 fps, frame 15013 from 00:00:00:00, no drop-frame labels at this rate'
+grep -qxF "$line" <<< "$out" ||
   fail "timecode 00:10:00;12: $out"
 grep -q 'drop-frame label 24:01:26:13$' <<< "$out" || fail "timecode 23:59:59:29: $out"
 grep -q '^1:2 .* 00:00:01:02 at 30 fps' <<< "$out" || fail "timecode 1:2: $out"
@@ -43,6 +45,7 @@ cat "$work/first.padded" "$work/second.padded" | cmp -s - "$work/joined" || fail
 if run "$bin/example_join" "$work/nofolder/joined" "$work/first" "$work/second" 2> "$work/err"; then
   fail "join into a missing folder succeeded"
 fi
-grep -q "cannot write $work/nofolder/joined: No such file or directory" "$work/err" || fail "join error: $(cat "$work/err")"
+grep -q "cannot write $work/nofolder/joined: No such file or directory" "$work/err" ||
+  fail "join error: $(cat "$work/err")"
 
 echo "the small examples run as documented"
