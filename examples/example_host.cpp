@@ -22,6 +22,11 @@
 // Errors go to standard error with the system's reason; the settings file
 // is example_host.ini beside the executable.
 #include <VantoroBasicUtils/VantoroBasicUtils.h>
+// The build generates Version.h; a tree without it gives no version yet.
+#if __has_include(<VantoroBasicUtils/Version.h>)
+#include <VantoroBasicUtils/Version.h>
+#define EXAMPLE_HOST_HAS_LIBRARY_VERSION 1
+#endif
 
 #include <signal.h>
 #include <stdlib.h>
@@ -94,6 +99,7 @@ struct Options {
   long bufferMiB = 4;                   // each of the engine's two buffers
   double bitrate = 8.0;                 // Mbit/s of the title, for its running time
   bool help = false;
+  bool version = false;
   std::string destination;              // empty: the demonstration
   std::vector<std::string> sources;
 };
@@ -121,6 +127,7 @@ void PrintHelp() {
       "                    of 4 up to 256 (default 4); sources are padded to N/2048 MiB\n"
       "  --bitrate=MBPS    bitrate of the title in Mbit/s, above 0 and up to 1000, for\n"
       "                    its running time at 29.97 drop-frame (default 8)\n"
+      "  --version         the version of the library in use\n"
       "  -h, --help        this text\n"
       "  --                what follows are file names, even if they begin with -\n"
       "\n"
@@ -171,9 +178,9 @@ bool ParseArguments(int argc, char** argv, Options& options) {
     const std::size_t equals = arg.compare(0, 2, "--") == 0 ? arg.find('=') : std::string::npos;
     const std::string name = arg.substr(0, equals);
     const bool valueGiven = equals != std::string::npos;
-    if (name == "-h" || name == "--help") {
+    if (name == "-h" || name == "--help" || name == "--version") {
       if (valueGiven) return Refuse(name + " takes no value");
-      options.help = true;
+      (name == "--version" ? options.version : options.help) = true;
       continue;
     }
     if (name != "--segment-mib" && name != "--buffer-mib" && name != "--bitrate") {
@@ -922,6 +929,17 @@ int main(int argc, char** argv) {
   if (options.help) {
     PrintHelp();
     return 0;
+  }
+  if (options.version) {
+    // The version of the library that is loaded, which may be newer than
+    // the headers this host was built with.
+#ifdef EXAMPLE_HOST_HAS_LIBRARY_VERSION
+    std::printf("example_host (VantoroBasicUtils) %s\n", vbu::GetLibraryVersion());
+    return 0;
+#else
+    Refuse("this build has no <VantoroBasicUtils/Version.h>: version unknown");
+    return 1;
+#endif
   }
 
   // Start-up, in the library's order: settings, version record, the task
