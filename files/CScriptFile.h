@@ -4,16 +4,27 @@
 // words up to chosen stoppers and parenthesised lists. Two ways of reading
 // one file, kept apart by a parser: the character scanner (GetOneChar and
 // what builds on it) and the token scanner (GetToken). The end of the file
-// shows as -1. The file opened by OpenForParse is a working file: it is
-// removed when the object is destroyed.
+// shows as -1.
+//
+// The file given to OpenForParse is a working file: the destructor DELETES
+// it from disk, whether parsing went well or not. Parse a copy made for the
+// purpose, never the user's own file.
 //
 //   class CMyScript : public CScriptFile {
 //    public:
 //     // "key=value" lines: the keys, one by one.
 //     bool NextKey(MString* key) { return SkipWhiteSpaceAndChar(0) == 1 && GetString(key, '=') == 1; }
 //   };
-//   CMyScript script;
-//   if (script.OpenForParse(u"/media/menu.txt"_u16)) {
+//   // First the working copy, since the parser deletes the file it parses.
+//   MFileUniv original, copy;
+//   char bytes[4096];
+//   if (original.FOpen(u"/media/menu.txt"_u16, MFile::file_read_binary) == 0 &&
+//       copy.FOpen(u"/tmp/menu.txt.parse"_u16, MFile::file_create_binary) == 0) {
+//     for (int n; (n = original.FRead(bytes, sizeof bytes)) > 0;) copy.FWrite(bytes, n);
+//     copy.FClose();
+//   }
+//   CMyScript script;  // deletes /tmp/menu.txt.parse when it goes; /media/menu.txt stays
+//   if (script.OpenForParse(u"/tmp/menu.txt.parse"_u16)) {
 //     MString key;
 //     while (script.NextKey(&key)) std::printf("%s\n", UStringUtils::TtoA(key));
 //   }
@@ -39,8 +50,8 @@ class VBU_API CScriptFile : public MFileUniv {
   CScriptFile(const CScriptFile&) = delete;
   CScriptFile& operator=(const CScriptFile&) = delete;
 
-  // Opens `path` to read as text and makes it the working file: 1, or 0
-  // (the path stays the working file).
+  // Opens `path` to read as text and makes it the working file, which the
+  // destructor deletes: 1, or 0 (the path stays the working file).
   int OpenForParse(const unsigned short* path);
   // Steps over white space, `extra` characters and comments: 1, standing on
   // the first other character, or -1 at the end.
