@@ -23,10 +23,7 @@
 // is example_host.ini beside the executable.
 #include <VantoroBasicUtils/VantoroBasicUtils.h>
 // The build generates Version.h; a tree without it gives no version yet.
-#if __has_include(<VantoroBasicUtils/Version.h>)
 #include <VantoroBasicUtils/Version.h>
-#define EXAMPLE_HOST_HAS_LIBRARY_VERSION 1
-#endif
 
 #include <signal.h>
 #include <stdlib.h>
@@ -933,13 +930,8 @@ int main(int argc, char** argv) {
   if (options.version) {
     // The version of the library that is loaded, which may be newer than
     // the headers this host was built with.
-#ifdef EXAMPLE_HOST_HAS_LIBRARY_VERSION
     std::printf("example_host (VantoroBasicUtils) %s\n", vbu::GetLibraryVersion());
     return 0;
-#else
-    Refuse("this build has no <VantoroBasicUtils/Version.h>: version unknown");
-    return 1;
-#endif
   }
 
   // Start-up, in the library's order: settings, version record, the task
