@@ -127,29 +127,3 @@ TEST(FileSpec, UniqueNamesThatCannotBeHad) {
   EXPECT_TRUE(MFileSpecWin::IsDriveReadOnly(u""_u16, true));
 }
 
-TEST(AbstractFile, EveryOperationGivesTheBaseResult) {
-  MFile file;
-  MFileSpecWin spec(u"/a/b"_u16);
-  char bytes[4] = {};
-  _stati64 info{};
-  EXPECT_EQ(file.FDelete(), -1);
-  EXPECT_EQ(file.FOpen(spec, MFile::file_read_binary), -1);
-  EXPECT_EQ(file.FOpen(u"/a/b"_u16, MFile::file_read_binary), -1);
-  EXPECT_TRUE(file.GetFileSpec().IsNull()) << "the base names nothing on a failed open";
-  EXPECT_EQ(file.FRead(bytes, 4), -1);
-  EXPECT_EQ(file.FWrite(bytes, 4), -1);
-  EXPECT_EQ(file.FSeek64(0, MFile::file_seek_begin), -1);
-  EXPECT_EQ(file.FTell64(), -1);
-  EXPECT_EQ(file.FGets(bytes, 4), -1);
-  EXPECT_EQ(file.FPuts("x"), -1);
-  EXPECT_EQ(file.FClose(), -1);
-  EXPECT_EQ(file.FStat(spec, &info), -1);
-  EXPECT_EQ(file.FStat(&info), -1);
-  EXPECT_EQ(file.GetSize(), -1);
-  int y = 9, mo = 9, d = 9, h = 9, mi = 9, s = 9;
-  EXPECT_TRUE(file.GetCreateTime(y, mo, d, h, mi, s));
-  EXPECT_EQ(y + mo + d + h + mi + s, 0);
-  file.SetFileSpec(spec);
-  MFile copy(file);
-  EXPECT_EQ(S(copy.GetFilePath()), u"/a/b");
-}

@@ -106,37 +106,6 @@ TEST_F(MessageAction, ConsoleTakesItsWindowsMessagesButClearAndPrintsLabelsTabsA
             "Info\t\thellow\xC3\xB6rld\n");
 }
 
-TEST_F(MessageAction, ManyThreadsReportAtOnce) {
-  // A listener set up beforehand; threads report concurrently, each on its
-  // own thread. Every message arrives whole and none is lost.
-  struct Counter : LListener {
-    Counter() { CMessageAction::GetMessageAction()->AddListener(this); }
-    bool ListenToMessage(long message, void* param) override {
-      if (message == 26000 || message == 26002) {
-        auto* record = static_cast<InteractionRecord*>(param);
-        if (record->text == kHello) count.fetch_add(1, std::memory_order_relaxed);
-      }
-      return true;
-    }
-    std::atomic<long> count{0};  // listeners of two threads run at once
-  } counter;
-  constexpr int kThreads = 4, kEach = 500;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([t] {
-      for (int i = 0; i < kEach; ++i) {
-        if ((i + t) % 2) {
-          CMessageAction::Error(nullptr, kHello, 1);
-        } else {
-          CMessageAction::Inform(nullptr, kHello, 1);
-        }
-      }
-    });
-  }
-  for (auto& th : threads) th.join();
-  EXPECT_EQ(counter.count, kThreads * kEach);
-}
-
 TEST(StGlobalLock, IsReentrantAndExcludesOtherThreads) {
   std::atomic<int> inside{0};
   std::atomic<int> maxInside{0};

@@ -3,11 +3,13 @@
 //
 // StSysCallTable     puts the whole table back at the end of its scope; swap
 //                    entries by hand inside it.
-// StFailCalloc       fails calloc from its nth call on.
 // StSysCallFaults    counts the calls of EVERY entry of the table with one
 //                    shared counter and fails the nth call, whichever entry
 //                    it is, with a chosen errno: that call alone (kOnce) or
-//                    it and every later one (kFromThenOn).
+//                    it and every later one (kFromThenOn). Given a list of
+//                    entries, it counts and fails only theirs: a disk that
+//                    fills up is {"write", "pwrite"} from the nth on, memory
+//                    that runs out {"calloc"}.
 // SweepSysCallFaults runs an operation with the 1st, 2nd, 3rd... call failed,
 //                    until a run makes fewer calls than the chosen n (the
 //                    operation then ran untouched), checking each run.
@@ -52,6 +54,8 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <initializer_list>
 #include <string>
 #include <utility>
 
@@ -69,24 +73,6 @@ class StSysCallTable {
   vbu::platform::SysCalls mSaved;
 };
 
-// Makes calloc calls fail with ENOMEM from the `n`th call on (1 = the next).
-class StFailCalloc : public StSysCallTable {
- public:
-  explicit StFailCalloc(int n = 1) {
-    sCountdown = n;
-    vbu::platform::Sys().calloc = [](std::size_t count, std::size_t size) -> void* {
-      if (--sCountdown <= 0) {
-        errno = ENOMEM;
-        return nullptr;
-      }
-      return vbu::platform::DefaultSysCalls().calloc(count, size);
-    };
-  }
-
- private:
-  static inline int sCountdown = 0;
-};
-
 namespace fault_detail {
 // What the wrapped entries share (they cannot capture).
 struct State {
@@ -99,6 +85,8 @@ struct State {
   std::atomic<int> n{0};
   std::atomic<int> error{0};
   std::atomic<bool> fromThenOn{false};
+  // The entries counted and failed; none listed: every entry.
+  const char* only[4] = {};
   vbu::platform::SysCalls inner{};
 };
 inline State sState;
@@ -111,7 +99,14 @@ class StSysCallFaults : public StSysCallTable {
   // From now until the end of the scope, fails the `n`th counted call (1 =
   // the next) with `error`. The entries wrap those live at construction, so
   // that swaps made before (a route forced, say) still hold. One at a time.
-  StSysCallFaults(int n, int error, Mode mode = kOnce) {
+  // `only` names the entries to count and fail (at most four); the others
+  // go through uncounted.
+  StSysCallFaults(int n, int error, Mode mode = kOnce, std::initializer_list<const char*> only = {}) {
+    int listed = 0;
+    for (const char* entry : only) {
+      if (listed < 4) fault_detail::sState.only[listed++] = entry;
+    }
+    while (listed < 4) fault_detail::sState.only[listed++] = nullptr;
     fault_detail::sState.calls = 0;
     fault_detail::sState.paused = false;
     fault_detail::sState.failedEntry = nullptr;
@@ -246,10 +241,18 @@ class StSysCallFaults : public StSysCallTable {
   long LivePageBlocks() const { return fault_detail::sState.pageBlocks.load(); }
 
  private:
+  static bool Listed(const char* entry) {
+    const char* const* only = fault_detail::sState.only;
+    if (!only[0]) return true;
+    for (int i = 0; i < 4 && only[i]; ++i) {
+      if (std::strcmp(only[i], entry) == 0) return true;
+    }
+    return false;
+  }
 
   // Counts one call of `entry`; true when it is to fail (errno is then set).
   static bool Hit(const char* entry) {
-    if (fault_detail::sState.paused.load()) return false;
+    if (fault_detail::sState.paused.load() || !Listed(entry)) return false;
     int call = ++fault_detail::sState.calls;
     if (!fault_detail::sState.armed.load()) return false;
     bool fail = fault_detail::sState.fromThenOn ? call >= fault_detail::sState.n : call == fault_detail::sState.n;

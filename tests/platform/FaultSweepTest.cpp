@@ -16,7 +16,6 @@
 #include <string>
 
 #include "platform/FaultInjection.h"
-#include "platform/FullDisk.h"
 #include "support/TempFolder.h"
 
 using namespace vbu::literals;
@@ -318,10 +317,10 @@ TEST_P(Sweep, ConcatFileKeepsWhatWasWrittenBeforeAFailure) {
   int writes = 1;
   for (bool fired = true; fired && writes < kLimit; ++writes) {
     fired = run(ENOSPC, [&](auto join, std::string* what, bool* failed) {
-      StFailWritesFrom full(writes, ENOSPC);
+      StSysCallFaults full(writes, ENOSPC, StSysCallFaults::kFromThenOn, {"write", "pwrite"});
       long result = join();
       *what = "writes full from the " + std::to_string(writes) + "th";
-      *failed = full.Tripped();
+      *failed = full.Fired();
       return result;
     });
   }

@@ -31,7 +31,7 @@ TEST(PlatformMemory, NoScratchBlockLeavesItemsAndStateAlone) {
   Append(a, {5, 3, 9, 1});
   ASSERT_FALSE(a.IsSorted());
   {
-    StFailCalloc fail;
+    StSysCallFaults fail(1, ENOMEM, StSysCallFaults::kFromThenOn, {"calloc"});
     a.Sort();
     a.SwapItems(1, 2);
     a.MoveItem(1, 4);
@@ -45,7 +45,7 @@ TEST(PlatformMemory, NoScratchBlockLeavesItemsAndStateAlone) {
 }
 
 TEST(PlatformMemory, PointerGuardsHoldNullWhenThePlatformHasNoMemory) {
-  StFailCalloc fail(2);  // from the second call on
+  StSysCallFaults fail(2, ENOMEM, StSysCallFaults::kFromThenOn, {"calloc"});  // from the second call on
   StPointerBlock first(16), second(16);
   StClearPointerBlock clear(64);
   EXPECT_NE(static_cast<char*>(first), nullptr);

@@ -11,7 +11,6 @@
 #include <optional>
 
 #include "platform/FaultInjection.h"
-#include "platform/FullDisk.h"
 #include "support/LogicalFile.h"
 #include "support/TempFolder.h"
 
@@ -38,12 +37,11 @@ SweepResult WriteWithFailure(const TempFolder& dir, const std::string& data, int
   EXPECT_EQ(file.FWrite(data.data(), 600), 600);
   result.reported = 600;
   {
-    std::optional<StSysCallFaults> once;
-    std::optional<StFailWritesFrom> disk;
+    std::optional<StSysCallFaults> faults;
     if (fullDisk) {
-      disk.emplace(n, error);
+      faults.emplace(n, error, StSysCallFaults::kFromThenOn, std::initializer_list<const char*>{"write", "pwrite"});
     } else {
-      once.emplace(n, error, StSysCallFaults::kOnce);
+      faults.emplace(n, error, StSysCallFaults::kOnce);
     }
     for (long long at = 600; at + 700 <= static_cast<long long>(data.size()); at += 700) {
       int written = file.FWrite(data.data() + at, 700);
@@ -54,8 +52,8 @@ SweepResult WriteWithFailure(const TempFolder& dir, const std::string& data, int
       }
       result.reported += 700;
     }
-    result.tripped = fullDisk ? disk->Tripped() : once->Fired();
-    if (once && once->Fired()) result.failed = once->Describe();
+    result.tripped = faults->Fired();
+    if (faults->Fired()) result.failed = faults->Describe();
   }
   file.FClose();
   return result;
