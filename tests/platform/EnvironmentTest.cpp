@@ -15,6 +15,8 @@
 #include <memory>
 #include <algorithm>
 #include <filesystem>
+#include <map>
+#include <set>
 #include <string>
 
 #include "platform/FaultInjection.h"
@@ -31,12 +33,16 @@ namespace {
 std::u16string S(const MString& text) { return Text(text); }
 std::u16string Wide(const std::string& bytes) { return std::u16string(bytes.begin(), bytes.end()); }
 
-// The running program's file and the user's home folder, as the test says.
+// The running program's file, the user's home folder, the environment's
+// variables and the folders the user may not write, as the test says.
 class StFakeSystem : public StSysCallTable {
  public:
-  StFakeSystem(std::string exe, std::string home) {
+  StFakeSystem(std::string exe, std::string home, std::map<std::string, std::string> variables = {},
+               std::set<std::string> readOnly = {}) {
     sExe = std::move(exe);
     sHome = std::move(home);
+    sVariables = std::move(variables);
+    sReadOnly = std::move(readOnly);
     vp::Sys().readlink = [](const char* path, char* buffer, std::size_t size) -> long {
       if (std::strcmp(path, "/proc/self/exe") != 0) return vp::DefaultSysCalls().readlink(path, buffer, size);
       if (sExe.empty()) return errno = ENOENT, -1;
@@ -55,10 +61,22 @@ class StFakeSystem : public StSysCallTable {
       *result = record;
       return 0;
     };
+    vp::Sys().getenv = [](const char* name) -> const char* {
+      auto found = sVariables.find(name);
+      return found == sVariables.end() ? nullptr : found->second.c_str();
+    };
+    // Every folder is writable (missing ones too) but those listed.
+    vp::Sys().access = [](const char* path, int) -> int {
+      std::string folder = path;
+      while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+      return sReadOnly.count(folder) ? (errno = EACCES, -1) : 0;
+    };
   }
 
  private:
   static inline std::string sExe, sHome;
+  static inline std::map<std::string, std::string> sVariables;
+  static inline std::set<std::string> sReadOnly;
 };
 
 }  // namespace
