@@ -107,7 +107,7 @@ TEST_F(Settings, WithoutAFileReadsGiveTheirDefaultsAndWritesAreDropped) {
   CBrevanderProfile::SetProfilePath(nullptr);
   CBrevanderProfile::WriteProfileInt(kProfileAudioBitrate, 5);
   EXPECT_EQ(CBrevanderProfile::GetProfileIntW(kProfileAudioBitrate, 96), 96);
-  EXPECT_EQ(S(CBrevanderProfile::GetProfileStringW(kProfileSubtitleFont, const_cast<unsigned short*>(u"F"_u16))), u"F");
+  EXPECT_EQ(S(CBrevanderProfile::GetProfileStringW(kProfileSubtitleFont, u"F"_u16)), u"F");
   EXPECT_FALSE(std::filesystem::exists(ini));
 }
 
@@ -136,7 +136,7 @@ TEST_F(Settings, NumbersOfOtherFormsOrOfNoneSelectNothing) {
   auto none = static_cast<brevander_profile_t>(3);
   EXPECT_EQ(CBrevanderProfile::GetProfileIntW(none, 77), 0);
   EXPECT_EQ(CBrevanderProfile::GetProfileIntW(kProfileSubtitleFont, 77), 0);
-  EXPECT_EQ(S(CBrevanderProfile::GetProfileStringW(kProfileOpenRecent, const_cast<unsigned short*>(u"d"_u16))), u"");
+  EXPECT_EQ(S(CBrevanderProfile::GetProfileStringW(kProfileOpenRecent, u"d"_u16)), u"");
   CBrevanderProfile::WriteProfileInt(none, 1);
   CBrevanderProfile::WriteProfileInt(kProfileSubtitleFont, 1);
   CBrevanderProfile::WriteProfileInt3(kProfileOpenRecent, 1, 2, 3);
@@ -230,7 +230,7 @@ TEST_F(Settings, HandEditedFilesReadAsThePlatformReadsThem) {
       {u"Other", u"Long", std::u16string(kLong.begin(), kLong.end())},
   };
   for (const Case& k : texts) {
-    MString read = CBrevanderProfile::GetProfileStringW(U(k.section), U(k.key), const_cast<unsigned short*>(u"<default>"_u16));
+    MString read = CBrevanderProfile::GetProfileStringW(U(k.section), U(k.key), u"<default>"_u16);
     EXPECT_EQ(S(read), k.text) << std::string(k.key, k.key + std::char_traits<char16_t>::length(k.key));
   }
   struct Int {
