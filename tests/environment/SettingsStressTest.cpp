@@ -128,6 +128,7 @@ void RunProcesses(int processes, int keys, int rounds, std::mt19937& random) {
   EXPECT_EQ(ReadAll(dir.Bytes("host.ini")), before) << "a default was missing";
   CBrevanderProfile::SetProfilePath(nullptr);
   std::printf("%d processes: the killed one made %d of %d writes\n", processes, done[0], keys * rounds);
+  std::fflush(stdout);  // before the next fork: a child must not inherit the line
 }
 
 }  // namespace
