@@ -423,5 +423,5 @@ TEST(StaticHost, ObjectsOfTheHostTouchTheSettingsAtStartAndAtExit) {
   ASSERT_TRUE(WIFEXITED(status)) << "the host died of signal " << WTERMSIG(status);
   EXPECT_EQ(WEXITSTATUS(status), 0);
   EXPECT_EQ(ReadAll(dir.Bytes("host.ini")),
-            "[Preference]\r\nZoom=5\r\nOpen Recent=1\r\n[Window]\r\nState=saved at exit\r\n");
+            "[Preference]\r\nZoom=5\r\nOpen Recent=1\r\n[Window]\r\nState=saved at exit\r\nSession=ended\r\n");
 }

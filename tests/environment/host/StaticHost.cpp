@@ -8,6 +8,12 @@ using namespace vbu::literals;
 
 namespace {
 
+// Made before main without touching the settings: it dies after everything
+// that the first settings call of main made.
+struct Session {
+  ~Session() { CBrevanderProfile::WriteProfileStringW(u"Window"_u16, u"Session"_u16, u"ended"_u16); }
+} gSession;
+
 struct Window {
   Window() : zoom(CBrevanderProfile::GetProfileIntW(kProfileZoom, 1)) {}
   ~Window() {
