@@ -329,6 +329,9 @@ TEST_F(Settings, ALinkedFileIsWrittenWhereTheLinkPoints) {
   CBrevanderProfile::WriteProfileInt(u"A"_u16, u"x"_u16, 2);
   EXPECT_TRUE(fs::is_symlink(ini));
   EXPECT_EQ(ReadAll(dir.Bytes("dotfiles/real.ini")), "[A]\nx=2\r\n");
+  fs::remove(dir.Bytes("dotfiles/real.ini"));
+  CBrevanderProfile::WriteProfileInt(u"A"_u16, u"x"_u16, 3);
+  EXPECT_EQ(ReadAll(dir.Bytes("dotfiles/real.ini")), "[A]\r\nx=3\r\n") << "a link to no file yet";
 }
 
 TEST_F(Settings, WritesFromSeveralThreadsAreNotLost) {
