@@ -45,7 +45,9 @@ class VBU_API CPathFileDialog : public vbu::FileChooserClient {
   // `path` is only read: a literal serves.
   void SetInitialPath(int filter, const unsigned short* path);
   void SetInitialPath(int filter, unsigned short* path);
-  void SetInitialPath(int filter, decltype(nullptr)) { SetInitialPath(filter, static_cast<const unsigned short*>(nullptr)); }
+  void SetInitialPath(int filter, decltype(nullptr)) {
+    SetInitialPath(filter, static_cast<const unsigned short*>(nullptr));
+  }
   // The folder remembered for `filter`, or null.
   const MString* GetInitialPath(unsigned int filter) const;
 

@@ -30,6 +30,7 @@ uint32_t ReadLocked(int fd, std::string* bytes);
 uint32_t ReplaceLocked(const char* path, int fd, const std::string& bytes);
 // Releases the lock and the descriptor.
 void CloseLocked(int fd);
+// Removes the file that `path` names in the end (where a link points).
 void Remove(const char* path);
 
 }  // namespace vbu::platform::os
@@ -226,7 +227,9 @@ uint32_t FromUtf16(const std::string& raw, std::string* text) {
   }
   uint32_t error = 0;
   text->assign(units.size() * 3, '\0');
-  long n = units.empty() ? 0 : UnitsToBytes(units.data(), units.size(), text->data(), text->size(), CodePage::kSystem, &error);
+  long n = units.empty()
+               ? 0
+               : UnitsToBytes(units.data(), units.size(), text->data(), text->size(), CodePage::kSystem, &error);
   text->resize(n > 0 ? static_cast<std::size_t>(n) : 0);
   return n < 0 ? (error ? error : kErrorInvalidArgument) : 0;
 }
@@ -234,7 +237,9 @@ uint32_t FromUtf16(const std::string& raw, std::string* text) {
 uint32_t ToUtf16(const std::string& text, std::string* raw) {
   std::vector<unsigned short> units(text.size());
   uint32_t error = 0;
-  long n = text.empty() ? 0 : BytesToUnits(text.data(), text.size(), units.data(), units.size(), CodePage::kSystem, &error);
+  long n = text.empty()
+               ? 0
+               : BytesToUnits(text.data(), text.size(), units.data(), units.size(), CodePage::kSystem, &error);
   if (n < 0) return error ? error : kErrorInvalidArgument;
   raw->assign(kUtf16Mark, 2);
   for (long i = 0; i < n; ++i) {

@@ -371,7 +371,8 @@ TEST_F(Settings, KeysTheFileCannotHoldAreRefused) {
   }
   CBrevanderProfile::WriteProfileStringW(u"Audio"_u16, u"Bitrate"_u16, u"line\nbreak"_u16);
   EXPECT_EQ(ReadAll(ini), "[Audio]\r\nBitrate=128\r\n");
-  EXPECT_TRUE(CBrevanderProfile::WriteProfileStringW(u"Audio"_u16, u"a;b[c]"_u16, u"1"_u16)) << "inside a key they are text";
+  EXPECT_TRUE(CBrevanderProfile::WriteProfileStringW(u"Audio"_u16, u"a;b[c]"_u16, u"1"_u16))
+      << "inside a key they are text";
 }
 
 TEST_F(Settings, AUtf16FileIsReadAndWrittenInItsOwnForm) {

@@ -285,7 +285,8 @@ TEST(SettingsFile, AFolderThatTakesNoNewFileGetsTheFileRewrittenInPlace) {
   EXPECT_EQ(fs::status(dir.Bytes("app.ini")).permissions(), permissions);
   // A disk that is full keeps the old file whole there too.
   vp::Sys().fallocate = [](int, int64_t, int64_t) { return errno = ENOSPC, -1; };
-  EXPECT_EQ(vp::WriteSetting(path.c_str(), u"Video", u"Format", u"NTSC with a longer value"), static_cast<uint32_t>(ENOSPC));
+  EXPECT_EQ(vp::WriteSetting(path.c_str(), u"Video", u"Format", u"NTSC with a longer value"),
+            static_cast<uint32_t>(ENOSPC));
   EXPECT_EQ(ReadAll(dir.Bytes("app.ini")), "[Video]\r\nFormat=PAL\r\n");
 }
 
