@@ -33,6 +33,54 @@ MString CacheBelow(const MString& cache, const unsigned short* name) {
   return cache.GetLength() == 0 ? MString() : MadeBelow(cache, name);
 }
 
+// The settings file beside the executable: its path with ".ini" for the
+// extension of its file name (added where the name has none); "Error" if the
+// path has no separator.
+MString ProfileBeside() {
+  MString path = ExecutablePath();
+  const unsigned short* begin = path;
+  const unsigned short* last = vbu::wtext::FindLast(begin, kPathSeparator);
+  if (!last) return MString(u"Error"_u16);
+  // The extension is the file name's: a dot in a folder name is no cut, and
+  // neither is the leading dot of a hidden file's name.
+  const unsigned short* dot = vbu::wtext::FindLast(last + 1, '.');
+  int keep = dot && dot > last + 1 ? static_cast<int>(dot - begin) : path.GetLength();
+  return MString(begin, keep) + MString(u".ini"_u16);
+}
+
+// The application keeps what it writes beside the executable where it may
+// write there, or where a settings file there makes it a portable install;
+// otherwise (an installed program) in the user's base folders.
+bool KeepsBesideExecutable(const MString& app, const MString& profile) {
+  if (app == MString(u"Error"_u16)) return true;
+  return vp::Exists(reinterpret_cast<const char16_t*>(static_cast<const unsigned short*>(profile))) ||
+         vp::IsWritableFolder(reinterpret_cast<const char16_t*>(static_cast<const unsigned short*>(app)));
+}
+
+// The application's own folder of `base` with a final separator:
+// GetAppDirectory(), or <base>/<name>/ for an installed program, where
+// <name> is the settings file's name without ".ini". `make` makes the
+// latter with its parents.
+MString AppFolder(vp::UserBase base, bool make) {
+  MString app = CBrevanderDirectories::GetAppDirectory();
+  MString profile = ProfileBeside();
+  if (KeepsBesideExecutable(app, profile)) return app;
+  std::u16string root = vp::UserBaseFolder(base);
+  if (root.empty()) return app;  // nowhere else to go
+  const unsigned short* name = static_cast<const unsigned short*>(profile) + app.GetLength();
+  MString folder = FromText(root) + MString(u"/"_u16) + MString(name, vbu::wtext::Length(name) - 4);
+  if (make) vp::MakeFolders(reinterpret_cast<const char16_t*>(static_cast<const unsigned short*>(folder)));
+  return folder + MString(u"/"_u16);
+}
+
+// The user's folder `tail` in the home folder; empty, and nothing made
+// anywhere, for a user without one.
+MString InHome(const unsigned short* tail) {
+  MString home = CBrevanderDirectories::GetSystemDrive();
+  if (home.GetLength() == 0 && vp::UserHomeFolder().empty()) return MString();
+  return home + MString(tail);
+}
+
 MString Support(const unsigned short* name) { return CBrevanderDirectories::GetSupportDataDirectory() + MString(name); }
 
 MString ByResolution(resolution_t resolution, const unsigned short* ntsc, const unsigned short* pal) {
@@ -60,27 +108,27 @@ MString CBrevanderDirectories::GetAppDirectory() {
 }
 
 MString CBrevanderDirectories::GetAppProfile() {
-  MString path = ExecutablePath();
-  const unsigned short* begin = path;
-  const unsigned short* last = vbu::wtext::FindLast(begin, kPathSeparator);
-  if (!last) return MString(u"Error"_u16);
-  // The extension is the file name's: a dot in a folder name is no cut, and
-  // neither is the leading dot of a hidden file's name.
-  const unsigned short* dot = vbu::wtext::FindLast(last + 1, '.');
-  int keep = dot && dot > last + 1 ? static_cast<int>(dot - begin) : path.GetLength();
-  return MString(begin, keep) + MString(u".ini"_u16);
+  MString profile = ProfileBeside();
+  MString folder = AppFolder(vp::UserBase::kConfig, false);
+  if (folder == GetAppDirectory()) return profile;
+  const unsigned short* name = static_cast<const unsigned short*>(profile) + GetAppDirectory().GetLength();
+  return folder + MString(name);
 }
 
 MString CBrevanderDirectories::GetProjectTemplateDirectory() {
-  return MadeBelow(GetAppDirectory(), u"Project Templates"_u16);
+  return MadeBelow(AppFolder(vp::UserBase::kData, true), u"Project Templates"_u16);
 }
 
-MString CBrevanderDirectories::GetTempDirectory() { return MadeBelow(GetAppDirectory(), u"Temp"_u16); }
+MString CBrevanderDirectories::GetTempDirectory() {
+  return MadeBelow(AppFolder(vp::UserBase::kCache, true), u"Temp"_u16);
+}
 
-MString CBrevanderDirectories::GetSupportDataDirectory() { return MadeBelow(GetAppDirectory(), u"Data"_u16); }
+MString CBrevanderDirectories::GetSupportDataDirectory() {
+  return MadeBelow(AppFolder(vp::UserBase::kData, true), u"Data"_u16);
+}
 
 MString CBrevanderDirectories::GetTemplateDirectory() {
-  return MadeBelow(GetAppDirectory(), u"/My Scenarios/Templates"_u16);
+  return MadeBelow(AppFolder(vp::UserBase::kData, true), u"/My Scenarios/Templates"_u16);
 }
 
 MString CBrevanderDirectories::GetDocumentationDirectory() {
@@ -98,7 +146,7 @@ MString CBrevanderDirectories::GetDvdPlayerRelativeFsListFilePath() {
 }
 
 MString CBrevanderDirectories::GetScenarioDirectory() {
-  MString fallback = GetSystemDrive() + MString(u"/My Scenarios/"_u16);
+  MString fallback = InHome(u"/My Scenarios/"_u16);
   MString path = CBrevanderProfile::GetProfileStringW(kSection, u"Scenario Directory"_u16, fallback);
   // A key left empty gives the default, unmade.
   if (path.GetLength() == 0) return fallback;
@@ -107,7 +155,7 @@ MString CBrevanderDirectories::GetScenarioDirectory() {
 }
 
 MString CBrevanderDirectories::GetScriptDirectory() {
-  MString fallback = GetSystemDrive() + MString(u"/My Scenarios/Script/"_u16);
+  MString fallback = InHome(u"/My Scenarios/Script/"_u16);
   MString path = CBrevanderProfile::GetProfileStringW(kSection, u"Script Directory"_u16, fallback);
   Make(path);
   return path;
@@ -121,22 +169,39 @@ void CBrevanderDirectories::SetScriptDirectory(const unsigned short* path) {
   CBrevanderProfile::WriteProfileStringW(kSection, u"Script Directory"_u16, path);
 }
 
-MString CBrevanderDirectories::GetTempDataDirectory(unsigned short* path) {
+MString CBrevanderDirectories::GetTempDataDirectory(const unsigned short* path) {
   // No file, no cache: nothing is made in the current folder.
   if (!path || path[0] == 0) return MString();
   return MadeBelow(GetBody(path), u" Cache"_u16);
 }
 
-MString CBrevanderDirectories::GetSubtitleTextDirectory(unsigned short* path) {
+MString CBrevanderDirectories::GetSubtitleTextDirectory(const unsigned short* path) {
   return CacheBelow(GetTempDataDirectory(path), u"Subtitle Files"_u16);
 }
 
-MString CBrevanderDirectories::GetEncodedDataDirectory(unsigned short* path) {
+MString CBrevanderDirectories::GetEncodedDataDirectory(const unsigned short* path) {
   return CacheBelow(GetTempDataDirectory(path), u"Encoded Files"_u16);
 }
 
-MString CBrevanderDirectories::GetEncodedJacketDataDirectory(unsigned short* path) {
+MString CBrevanderDirectories::GetEncodedJacketDataDirectory(const unsigned short* path) {
   return CacheBelow(GetEncodedDataDirectory(path), u"Jacket Files"_u16);
+}
+
+// The forms with the platform's unqualified argument read it only.
+MString CBrevanderDirectories::GetTempDataDirectory(unsigned short* path) {
+  return GetTempDataDirectory(static_cast<const unsigned short*>(path));
+}
+
+MString CBrevanderDirectories::GetSubtitleTextDirectory(unsigned short* path) {
+  return GetSubtitleTextDirectory(static_cast<const unsigned short*>(path));
+}
+
+MString CBrevanderDirectories::GetEncodedDataDirectory(unsigned short* path) {
+  return GetEncodedDataDirectory(static_cast<const unsigned short*>(path));
+}
+
+MString CBrevanderDirectories::GetEncodedJacketDataDirectory(unsigned short* path) {
+  return GetEncodedJacketDataDirectory(static_cast<const unsigned short*>(path));
 }
 
 MString CBrevanderDirectories::GetDefaultBackgroundImageFile(resolution_t resolution) {

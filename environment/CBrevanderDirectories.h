@@ -6,9 +6,17 @@
 // that one folder (one level; its parent must exist), so the path can be
 // used at once. Nothing is cached: every call builds its path anew.
 //
+// An installed program, whose folder its user may not write (and with no
+// settings file beside it, which marks a portable install), keeps what it
+// writes where desktop programs do: the settings file in
+// <config>/<name>/<name>.ini, "Data/" and the templates in <data>/<name>/,
+// "Temp/" in <cache>/<name>/. <config>, <data> and <cache> are
+// $XDG_CONFIG_HOME, $XDG_DATA_HOME and $XDG_CACHE_HOME when set to absolute
+// paths, else ~/.config, ~/.local/share and ~/.cache; <name> is the
+// executable's file name without its extension.
+//
 //   MString data = CBrevanderDirectories::GetSupportDataDirectory();   // "/opt/tool/bin/Data/"
-//   MString document(u"/work/Film.dat"_u16);
-//   MString cache = CBrevanderDirectories::GetEncodedDataDirectory(document);
+//   MString cache = CBrevanderDirectories::GetEncodedDataDirectory(u"/work/Film.dat"_u16);
 //   //   gives "/work/Film Cache/Encoded Files/"
 #pragma once
 
@@ -31,10 +39,12 @@ class VBU_API CBrevanderDirectories {
   static MString GetAppDirectory();
   // The settings file: the executable's path with ".ini" for the extension
   // of its file name (added where the name has none); "Error" if the path
-  // has no separator.
+  // has no separator. For an installed program <config>/<name>/<name>.ini
+  // (no folder is made here; SetAppProfile makes it).
   static MString GetAppProfile();
 
-  // ---- beside the executable (app = GetAppDirectory())
+  // ---- beside the executable (app = GetAppDirectory(); for an installed
+  // program <data>/<name>/, and <cache>/<name>/ for Temp, made with their parents)
 
   static MString GetProjectTemplateDirectory();   // app + "Project Templates/", made
   static MString GetTempDirectory();              // app + "Temp/", made
@@ -50,9 +60,10 @@ class VBU_API CBrevanderDirectories {
 
   // ---- the user's folders, from section "BREVANDER" of the settings file
 
-  // Key "Scenario Directory"; missing: GetSystemDrive() + "/My Scenarios/".
-  // The folder is made, unless the key is present and empty (then the
-  // default comes back, unmade).
+  // Key "Scenario Directory"; missing: GetSystemDrive() + "/My Scenarios/"
+  // (empty for a user without a home folder). The folder is made, unless
+  // the path is empty or the key is present and empty (then the default
+  // comes back, unmade).
   static MString GetScenarioDirectory();
   // Key "Script Directory"; missing: GetSystemDrive() + "/My Scenarios/Script/".
   // The folder read is made and returned, even an empty one.
@@ -62,11 +73,20 @@ class VBU_API CBrevanderDirectories {
   static void SetScriptDirectory(const unsigned short* path);
 
   // ---- folders of the data derived from the file `path`, each made with the ones it is built on
+  // (`path` is only read; the unqualified forms are the same operations)
 
-  static MString GetTempDataDirectory(unsigned short* path);           // "/work/Film Cache/"
-  static MString GetSubtitleTextDirectory(unsigned short* path);       // + "Subtitle Files/"
-  static MString GetEncodedDataDirectory(unsigned short* path);        // + "Encoded Files/"
-  static MString GetEncodedJacketDataDirectory(unsigned short* path);  // + "Encoded Files/Jacket Files/"
+  static MString GetTempDataDirectory(const unsigned short* path);           // "/work/Film Cache/"
+  static MString GetSubtitleTextDirectory(const unsigned short* path);       // + "Subtitle Files/"
+  static MString GetEncodedDataDirectory(const unsigned short* path);        // + "Encoded Files/"
+  static MString GetEncodedJacketDataDirectory(const unsigned short* path);  // + "Encoded Files/Jacket Files/"
+  static MString GetTempDataDirectory(unsigned short* path);
+  static MString GetSubtitleTextDirectory(unsigned short* path);
+  static MString GetEncodedDataDirectory(unsigned short* path);
+  static MString GetEncodedJacketDataDirectory(unsigned short* path);
+  static MString GetTempDataDirectory(decltype(nullptr)) { return GetTempDataDirectory(kNoPath); }
+  static MString GetSubtitleTextDirectory(decltype(nullptr)) { return GetSubtitleTextDirectory(kNoPath); }
+  static MString GetEncodedDataDirectory(decltype(nullptr)) { return GetEncodedDataDirectory(kNoPath); }
+  static MString GetEncodedJacketDataDirectory(decltype(nullptr)) { return GetEncodedJacketDataDirectory(kNoPath); }
 
   // ---- support files in GetSupportDataDirectory() (which is made); NTSC for 0, PAL for any other
 
@@ -84,4 +104,6 @@ class VBU_API CBrevanderDirectories {
   static MString GetDirectory(const unsigned short* path);
   // `path` without the extension of its file name.
   static MString GetBody(const unsigned short* path);
+ private:
+  static constexpr const unsigned short* kNoPath = nullptr;
 };

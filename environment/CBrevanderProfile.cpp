@@ -3,8 +3,9 @@
 #include <string>
 
 #include "environment/CBrevanderDirectories.h"
-#include "platform/internal/WideText.h"
+#include "platform/internal/Environment.h"
 #include "platform/internal/SettingsFile.h"
+#include "platform/internal/WideText.h"
 
 using namespace vbu::literals;
 namespace vp = vbu::platform;
@@ -129,18 +130,24 @@ void ReadNumbers(brevander_profile_t id, Form form, const int* defaults, int** o
   for (int i = 0; i < count; ++i) *out[i] = values[i];
 }
 
-void WriteNumbers(brevander_profile_t id, Form form, const int* values, int count) {
+bool Write(const char16_t* section, const char16_t* key, const char16_t* value) {
+  return vp::WriteSetting(File().c_str(), section, key, value) == 0;
+}
+
+bool WriteNumbers(brevander_profile_t id, Form form, const int* values, int count) {
   const char16_t* section;
   std::u16string key;
-  if (!Find(id, form, &section, &key)) return;
+  if (!Find(id, form, &section, &key)) return false;
   MString text = Decimals(values, count);
-  vp::WriteSetting(File().c_str(), section, key.c_str(), C16(text));
+  return Write(section, key.c_str(), C16(text));
 }
 
 }  // namespace
 
 void CBrevanderProfile::SetAppProfile() {
   MString path = CBrevanderDirectories::GetAppProfile();
+  // The file may stand in the user's settings folder, which may not be there yet.
+  vp::MakeFolders(C16(CBrevanderDirectories::GetDirectory(path)));
   SetProfilePath(path);
   InitializeProfileValue();
 }
@@ -154,8 +161,8 @@ int CBrevanderProfile::GetProfileIntW(brevander_profile_t id, int defaultValue) 
   return vp::ReadSettingInt(File().c_str(), section, key.c_str(), defaultValue);
 }
 
-void CBrevanderProfile::WriteProfileInt(brevander_profile_t id, int value) {
-  WriteNumbers(id, Form::kInt, &value, 1);
+bool CBrevanderProfile::WriteProfileInt(brevander_profile_t id, int value) {
+  return WriteNumbers(id, Form::kInt, &value, 1);
 }
 
 void CBrevanderProfile::GetProfileInt3(brevander_profile_t id, int defaultA, int defaultB, int defaultC, int& a,
@@ -165,9 +172,9 @@ void CBrevanderProfile::GetProfileInt3(brevander_profile_t id, int defaultA, int
   ReadNumbers(id, Form::kTriple, defaults, out, 3);
 }
 
-void CBrevanderProfile::WriteProfileInt3(brevander_profile_t id, int a, int b, int c) {
+bool CBrevanderProfile::WriteProfileInt3(brevander_profile_t id, int a, int b, int c) {
   const int values[] = {a, b, c};
-  WriteNumbers(id, Form::kTriple, values, 3);
+  return WriteNumbers(id, Form::kTriple, values, 3);
 }
 
 void CBrevanderProfile::GetProfileInt4(brevander_profile_t id, int defaultA, int defaultB, int defaultC,
@@ -177,49 +184,64 @@ void CBrevanderProfile::GetProfileInt4(brevander_profile_t id, int defaultA, int
   ReadNumbers(id, Form::kQuad, defaults, out, 4);
 }
 
-void CBrevanderProfile::WriteProfileInt4(brevander_profile_t id, int a, int b, int c, int d) {
+bool CBrevanderProfile::WriteProfileInt4(brevander_profile_t id, int a, int b, int c, int d) {
   const int values[] = {a, b, c, d};
-  WriteNumbers(id, Form::kQuad, values, 4);
+  return WriteNumbers(id, Form::kQuad, values, 4);
 }
 
 MString CBrevanderProfile::GetProfileStringW(brevander_profile_t id, unsigned short* defaultValue) {
+  return GetProfileStringW(id, static_cast<const unsigned short*>(defaultValue));
+}
+
+MString CBrevanderProfile::GetProfileStringW(brevander_profile_t id, const unsigned short* defaultValue) {
   const char16_t* section;
   std::u16string key;
   if (!Find(id, Form::kText, &section, &key)) return MString();
   return GetProfileStringW(vbu::ToUnits(section), vbu::ToUnits(key.c_str()), defaultValue);
 }
 
-void CBrevanderProfile::WriteProfileStringW(brevander_profile_t id, const unsigned short* value) {
+bool CBrevanderProfile::WriteProfileStringW(brevander_profile_t id, const unsigned short* value) {
   const char16_t* section;
   std::u16string key;
   // The classic device engine's switch is set by hand only.
-  if (id == kProfileUseClassicDeviceEngine || !Find(id, Form::kText, &section, &key)) return;
-  vp::WriteSetting(File().c_str(), section, key.c_str(), C16(value));
+  if (id == kProfileUseClassicDeviceEngine || !Find(id, Form::kText, &section, &key)) return false;
+  return Write(section, key.c_str(), C16(value));
 }
 
 int CBrevanderProfile::GetProfileIntW(const unsigned short* section, const unsigned short* key, int defaultValue) {
   return vp::ReadSettingInt(File().c_str(), C16(section), C16(key), defaultValue);
 }
 
-void CBrevanderProfile::WriteProfileInt(const unsigned short* section, const unsigned short* key, int value) {
-  if (!key) return;  // an integer never removes a section
+bool CBrevanderProfile::WriteProfileInt(const unsigned short* section, const unsigned short* key, int value) {
+  if (!key) return false;  // an integer never removes a section
   MString text = Decimals(&value, 1);
-  vp::WriteSetting(File().c_str(), C16(section), C16(key), C16(text));
+  return Write(C16(section), C16(key), C16(text));
 }
 
 MString CBrevanderProfile::GetProfileStringW(const unsigned short* section, const unsigned short* key,
                                              unsigned short* defaultValue) {
+  return GetProfileStringW(section, key, static_cast<const unsigned short*>(defaultValue));
+}
+
+MString CBrevanderProfile::GetProfileStringW(const unsigned short* section, const unsigned short* key,
+                                             const unsigned short* defaultValue) {
   std::u16string value;
   if (vp::ReadSetting(File().c_str(), C16(section), C16(key), &value)) return MString(vbu::ToUnits(value.c_str()));
   return defaultValue ? MString(defaultValue) : MString();
 }
 
-void CBrevanderProfile::WriteProfileStringW(const unsigned short* section, const unsigned short* key,
+bool CBrevanderProfile::WriteProfileStringW(const unsigned short* section, const unsigned short* key,
                                             const unsigned short* value) {
-  vp::WriteSetting(File().c_str(), C16(section), C16(key), C16(value));
+  return Write(C16(section), C16(key), C16(value));
 }
 
 void CBrevanderProfile::InitializeProfileValue() {
+  // One pass under the file's lock, written once: a writer in another
+  // process cannot slip in between a read and its write-back.
+  vp::EditSettings(File().c_str(), [] { InitializeEach(); });
+}
+
+void CBrevanderProfile::InitializeEach() {
   // Each setting is read with its default and written back: a value in the
   // file stays, a missing one comes in. The order is that of a new file.
   struct Int { brevander_profile_t id; int value; };
@@ -294,7 +316,7 @@ void CBrevanderProfile::InitializeProfileValue() {
   for (const Text& setting : kTexts) {
     for (int id = setting.first; id <= setting.last; ++id) {
       auto number = static_cast<brevander_profile_t>(id);
-      MString value = GetProfileStringW(number, const_cast<unsigned short*>(vbu::ToUnits(setting.value)));
+      MString value = GetProfileStringW(number, vbu::ToUnits(setting.value));
       WriteProfileStringW(number, value);
     }
   }

@@ -1,5 +1,6 @@
 // CBrevanderProfile.h: the application's settings, kept in one text file
-// (an ".ini" beside the executable, see CBrevanderDirectories::GetAppProfile).
+// (an ".ini" beside the executable, or in the user's settings folder for an
+// installed program: see CBrevanderDirectories::GetAppProfile).
 // Every setting the library knows has a number in brevander_profile_t; the
 // class knows its section, key, form and default. At start-up SetAppProfile
 // writes every setting that is missing, with its default, so that the file
@@ -11,12 +12,18 @@
 //   int r, g, b;
 //   CBrevanderProfile::GetProfileInt3(kProfileColorPalette1, 0, 0, 255, r, g, b);
 //   CBrevanderProfile::WriteProfileStringW(kProfileDefaultLanguage, u"French"_u16);
+//   MString font = CBrevanderProfile::GetProfileStringW(kProfileSubtitleFont, u"Arial"_u16);
 //
 // The file, as the desktop platform's private-profile calls read it: names
 // match without regard to case and the blanks around them; a value loses its
 // outer blanks and one pair of quotes; "key=" is an empty text; of two equal
 // keys the first counts. A write keeps every other line byte for byte, and
-// never leaves a half-written file behind.
+// never leaves a half-written file behind. Several processes may share the
+// file: each write holds a lock of the system's on it from its read to its
+// replacement, so none is lost. Writes give true when the file holds the
+// value afterwards; false for a setting of another form (or of none), a
+// name the file cannot hold (a line break; a key with "=" or that begins
+// with ";" or "["), a file made read-only, or a failure of the disk.
 #pragma once
 
 #include <VantoroBasicUtils/platform/Export.h>
@@ -160,35 +167,45 @@ class VBU_API CBrevanderProfile {
   // The stored integer, or `defaultValue` when the key is missing; 0 for a
   // number outside the integer settings.
   static int GetProfileIntW(brevander_profile_t id, int defaultValue);
-  static void WriteProfileInt(brevander_profile_t id, int value);
+  static bool WriteProfileInt(brevander_profile_t id, int value);
   // The numbers of the stored text, separated by any run of blanks and
   // commas; a number that does not parse is 0. A missing key gives the
   // defaults, and so does every place of a text with too few numbers.
   static void GetProfileInt3(brevander_profile_t id, int defaultA, int defaultB, int defaultC, int& a, int& b,
                              int& c);
   // Stores "a, b, c".
-  static void WriteProfileInt3(brevander_profile_t id, int a, int b, int c);
+  static bool WriteProfileInt3(brevander_profile_t id, int a, int b, int c);
   static void GetProfileInt4(brevander_profile_t id, int defaultA, int defaultB, int defaultC, int defaultD, int& a,
                              int& b, int& c, int& d);
   // Stores "a, b, c, d".
-  static void WriteProfileInt4(brevander_profile_t id, int a, int b, int c, int d);
+  static bool WriteProfileInt4(brevander_profile_t id, int a, int b, int c, int d);
   // The stored text, or `defaultValue` (null: empty) when the key is
   // missing; empty for a number outside the text settings.
+  // The default is only read: a literal serves, and so does null.
+  static MString GetProfileStringW(brevander_profile_t id, const unsigned short* defaultValue);
   static MString GetProfileStringW(brevander_profile_t id, unsigned short* defaultValue);
+  static MString GetProfileStringW(brevander_profile_t id, decltype(nullptr)) {
+    return GetProfileStringW(id, static_cast<const unsigned short*>(nullptr));
+  }
   // Stores the text (null removes the key). kProfileUseClassicDeviceEngine
   // is read-only: only a hand edit sets it.
-  static void WriteProfileStringW(brevander_profile_t id, const unsigned short* value);
+  static bool WriteProfileStringW(brevander_profile_t id, const unsigned short* value);
 
   // ---- any section and key
 
   // The stored integer (sign and leading digits: "12abc" is 12, "abc" 0),
   // or `defaultValue` when the key is missing or empty.
   static int GetProfileIntW(const unsigned short* section, const unsigned short* key, int defaultValue);
-  static void WriteProfileInt(const unsigned short* section, const unsigned short* key, int value);
+  static bool WriteProfileInt(const unsigned short* section, const unsigned short* key, int value);
+  static MString GetProfileStringW(const unsigned short* section, const unsigned short* key,
+                                   const unsigned short* defaultValue);
   static MString GetProfileStringW(const unsigned short* section, const unsigned short* key,
                                    unsigned short* defaultValue);
+  static MString GetProfileStringW(const unsigned short* section, const unsigned short* key, decltype(nullptr)) {
+    return GetProfileStringW(section, key, static_cast<const unsigned short*>(nullptr));
+  }
   // A null `value` removes the key; a null `key` the whole section.
-  static void WriteProfileStringW(const unsigned short* section, const unsigned short* key,
+  static bool WriteProfileStringW(const unsigned short* section, const unsigned short* key,
                                   const unsigned short* value);
 
   // Kept for hosts that read it; the path in use is elsewhere, so it stays empty.
@@ -196,6 +213,10 @@ class VBU_API CBrevanderProfile {
 
  protected:
   // Reads every setting of the start-up list with its default and writes it
-  // back: missing ones come in, present ones stay.
+  // back: missing ones come in, present ones stay. One pass, under the
+  // file's lock: a writer elsewhere waits for its end.
   static void InitializeProfileValue();
+
+ private:
+  static void InitializeEach();
 };

@@ -46,6 +46,10 @@ int CPathFileDialog::DoModal() {
 }
 
 void CPathFileDialog::SetInitialPath(int filter, unsigned short* path) {
+  SetInitialPath(filter, static_cast<const unsigned short*>(path));
+}
+
+void CPathFileDialog::SetInitialPath(int filter, const unsigned short* path) {
   if (filter < 1 || filter > static_cast<int>(kMaxPaths)) {
     vbu::ShowMessageBox(u"CPathFileDialog::SetInitialPath out of range"_u16);
     return;

@@ -42,7 +42,12 @@ class VBU_API CPathFileDialog : public vbu::FileChooserClient {
 
   // The folder of `filter` (1 to 64). Any other number shows the message
   // "CPathFileDialog::SetInitialPath out of range" and changes nothing.
+  // `path` is only read: a literal serves.
+  void SetInitialPath(int filter, const unsigned short* path);
   void SetInitialPath(int filter, unsigned short* path);
+  void SetInitialPath(int filter, decltype(nullptr)) {
+    SetInitialPath(filter, static_cast<const unsigned short*>(nullptr));
+  }
   // The folder remembered for `filter`, or null.
   const MString* GetInitialPath(unsigned int filter) const;
 

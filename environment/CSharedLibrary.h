@@ -1,5 +1,6 @@
 // CSharedLibrary.h: a plug-in module, loaded on first use. The name is a
-// path, or a file name that the system's loader searches for.
+// path, or a bare file name, looked for beside the executable first and
+// then where the system's loader searches.
 //
 //   CSharedLibrary plugin(u"/opt/tool/plugins/libmux.so"_u16);
 //   using MuxStart = int (*)(int);

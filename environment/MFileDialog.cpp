@@ -108,6 +108,10 @@ void MFileDialog::SetFileSpec(MFileSpecWin& spec) { mFileSpec = spec; }
 int MFileDialog::GetSelectedFilter() { return mSelectedFilter; }
 
 SFileFilter* MFileDialog::FindFileFilterByDescription(unsigned short* description) {
+  return FindFileFilterByDescription(static_cast<const unsigned short*>(description));
+}
+
+SFileFilter* MFileDialog::FindFileFilterByDescription(const unsigned short* description) {
   if (!description) return nullptr;
   SFileFilter* found = nullptr;
   for (unsigned long i = 0; i < mFilterCount; ++i) {
@@ -183,6 +187,10 @@ bool MFileSaveDialogWin::ExecuteSelf() {
 }
 
 void MFileSaveDialogWin::AppendFilterExtension(unsigned short* path, SFileFilter* filter) {
+  AppendFilterExtension(static_cast<const unsigned short*>(path), filter);
+}
+
+void MFileSaveDialogWin::AppendFilterExtension(const unsigned short* path, SFileFilter* filter) {
   if (!path || !filter) return;
   const unsigned short* patterns = filter->mExtension;
   const unsigned short* dot = vbu::wtext::Find(patterns, '.');

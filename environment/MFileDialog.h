@@ -52,7 +52,12 @@ class VBU_API MFileDialog {
   // The folder of `file`, as a file specification.
   virtual MFileSpecWin GetDirectory(MFileSpecWin& file) = 0;
   // The filter whose description is `description` (the last of equal ones), or null.
+  // (`description` is only read: a literal serves.)
+  SFileFilter* FindFileFilterByDescription(const unsigned short* description);
   SFileFilter* FindFileFilterByDescription(unsigned short* description);
+  SFileFilter* FindFileFilterByDescription(decltype(nullptr)) {
+    return FindFileFilterByDescription(static_cast<const unsigned short*>(nullptr));
+  }
 
   // The number of filters in the table.
   unsigned long GetFilterCount() const { return mFilterCount; }
@@ -100,5 +105,10 @@ class VBU_API MFileSaveDialogWin : public MFileDialogWin {
   // Sets the file to `path` with the first extension of `filter`'s patterns
   // ("*.aif;*.aiff" gives ".aif"); a pattern with a wildcard in its
   // extension ("*.*") adds nothing. Nothing happens for a null argument.
+  // (`path` is only read: a literal serves.)
+  void AppendFilterExtension(const unsigned short* path, SFileFilter* filter);
   void AppendFilterExtension(unsigned short* path, SFileFilter* filter);
+  void AppendFilterExtension(decltype(nullptr), SFileFilter* filter) {
+    AppendFilterExtension(static_cast<const unsigned short*>(nullptr), filter);
+  }
 };

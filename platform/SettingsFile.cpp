@@ -1,10 +1,13 @@
 // The settings file: its lines parsed and changed here; the system file
-// (linux/SettingsFile.inc) reads it whole and replaces it.
+// (linux/SettingsFile.inc) locks it, reads it whole and replaces it.
 #include "platform/internal/SettingsFile.h"
 
+#include <cstring>
+#include <functional>
 #include <mutex>
 #include <vector>
 
+#include "platform/internal/CodePage.h"
 #include "platform/internal/Errors.h"
 #include "platform/internal/PathBytes.h"
 #include "platform/internal/SysCalls.h"
@@ -13,11 +16,22 @@
 
 namespace vbu::platform::os {
 
-// The whole file at `path` into `*bytes`: 0, or the error code.
-uint32_t ReadWholeFile(const char* path, std::string* bytes);
-// Replaces the file at `path` with `bytes`, so that a failure at any point
-// leaves the old file whole: 0, or the error code.
-uint32_t ReplaceFile(const char* path, const std::string& bytes);
+// Opens the file at `path` and waits for its lock: shared (`exclusive`
+// false, reading) or exclusive (read, change and write); `create` makes a
+// missing file (then `*created`). The lock holds the file that has the name
+// when it is taken. 0 with `*fd`, or the error code: kErrorNoFile for a
+// missing file, EACCES for a file made read-only when `exclusive`.
+uint32_t OpenLocked(const char* path, bool exclusive, bool create, int* fd, bool* created);
+// The whole file of a descriptor from OpenLocked into `*bytes`.
+uint32_t ReadLocked(int fd, std::string* bytes);
+// Replaces the file `path`, open and locked as `fd`, with `bytes`, so that a
+// failure at any point leaves the old file whole (a folder that takes no
+// new file: the file is rewritten in place).
+uint32_t ReplaceLocked(const char* path, int fd, const std::string& bytes);
+// Releases the lock and the descriptor.
+void CloseLocked(int fd);
+// Removes the file that `path` names in the end (where a link points).
+void Remove(const char* path);
 
 }  // namespace vbu::platform::os
 
@@ -59,18 +73,20 @@ Line ParseLine(const std::string& text, std::size_t begin) {
     line.kind = Line::kComment;
     return line;
   }
+  // Every search stays inside the line, so that a read is linear in the file.
   if (text[p] == '[') {
-    std::size_t close = text.rfind(']', line.textEnd - 1);
-    std::size_t nameEnd = close != std::string::npos && close > p ? close : line.textEnd;
+    std::size_t close = line.textEnd;
+    while (close > p + 1 && text[close - 1] != ']') --close;
     line.kind = Line::kSection;
     line.nameBegin = p + 1;
-    line.nameEnd = nameEnd;
+    line.nameEnd = close > p + 1 ? close - 1 : line.textEnd;
   } else {
-    std::size_t equals = text.find('=', p);
-    if (equals == std::string::npos || equals >= line.textEnd) {
+    const void* found = std::memchr(text.data() + p, '=', line.textEnd - p);
+    if (!found) {
       line.kind = Line::kOther;
       return line;
     }
+    std::size_t equals = static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
     line.kind = Line::kKey;
     line.nameBegin = p;
     line.nameEnd = equals;
@@ -174,32 +190,130 @@ std::size_t EndLine(std::string* text, const Line& line) {
   return line.end + std::char_traits<char>::length(ending);
 }
 
-std::mutex& WriteGuard() {
-  // Writes of the process read, change and replace the file one at a time.
-  static std::mutex guard;
-  return guard;
+// The name of the application's file. It is made at the first use and never
+// destroyed: a host object that dies after the library's own objects, at
+// exit, may still read or write a setting.
+struct SettingsName {
+  std::mutex guard;
+  std::u16string path;
+};
+
+SettingsName& Name() {
+  static SettingsName* const name = new SettingsName;
+  return *name;
 }
 
-std::mutex& NameGuard() {
-  static std::mutex guard;
-  return guard;
+// Names that a line of the file can hold: no line breaks anywhere, and no
+// key with "=" or that starts as a comment or a section header does.
+bool CanHold(const char16_t* section, const char16_t* key, const char16_t* value) {
+  if (!section || HasLineBreak(section) || HasLineBreak(key) || HasLineBreak(value)) return false;
+  if (!key) return true;
+  std::u16string name = Trimmed(key);
+  return name.find(u'=') == std::u16string::npos && (name.empty() || (name[0] != u';' && name[0] != u'['));
 }
 
-std::u16string& SettingsFileName() {
-  static std::u16string name;
-  return name;
+// A file saved as UTF-16LE with a byte-order mark (an editor's "Unicode")
+// is read as the same text in the system's bytes, and written back in its
+// own form.
+constexpr char kUtf16Mark[] = "\xFF\xFE";
+
+bool IsUtf16(const std::string& raw) { return raw.size() >= 2 && raw.compare(0, 2, kUtf16Mark) == 0; }
+
+uint32_t FromUtf16(const std::string& raw, std::string* text) {
+  std::vector<unsigned short> units((raw.size() - 2) / 2);
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    units[i] = static_cast<unsigned short>(static_cast<unsigned char>(raw[2 + 2 * i]) |
+                                           static_cast<unsigned char>(raw[3 + 2 * i]) << 8);
+  }
+  uint32_t error = 0;
+  text->assign(units.size() * 3, '\0');
+  long n = units.empty()
+               ? 0
+               : UnitsToBytes(units.data(), units.size(), text->data(), text->size(), CodePage::kSystem, &error);
+  text->resize(n > 0 ? static_cast<std::size_t>(n) : 0);
+  return n < 0 ? (error ? error : kErrorInvalidArgument) : 0;
 }
+
+uint32_t ToUtf16(const std::string& text, std::string* raw) {
+  std::vector<unsigned short> units(text.size());
+  uint32_t error = 0;
+  long n = text.empty()
+               ? 0
+               : BytesToUnits(text.data(), text.size(), units.data(), units.size(), CodePage::kSystem, &error);
+  if (n < 0) return error ? error : kErrorInvalidArgument;
+  raw->assign(kUtf16Mark, 2);
+  for (long i = 0; i < n; ++i) {
+    raw->push_back(static_cast<char>(units[static_cast<std::size_t>(i)] & 0xFF));
+    raw->push_back(static_cast<char>(units[static_cast<std::size_t>(i)] >> 8));
+  }
+  return 0;
+}
+
+// The file at a path, opened under its lock, as text to parse.
+class LockedSettings {
+ public:
+  LockedSettings() = default;
+  LockedSettings(const LockedSettings&) = delete;
+  LockedSettings& operator=(const LockedSettings&) = delete;
+  ~LockedSettings() {
+    if (mFd >= 0) os::CloseLocked(mFd);
+  }
+
+  // 0, or the error code (kErrorNoFile for a missing file that is not to be made).
+  uint32_t Open(const char* path, bool exclusive) {
+    mPath = path;
+    uint32_t error = os::OpenLocked(path, exclusive, exclusive, &mFd, &mCreated);
+    std::string raw;
+    if (error == 0) error = os::ReadLocked(mFd, &raw);
+    if (error != 0) return error;
+    mUtf16 = IsUtf16(raw);
+    if (!mUtf16) {
+      text = std::move(raw);
+      return 0;
+    }
+    return FromUtf16(raw, &text);
+  }
+  // Replaces the file with `text`, in the file's own form.
+  uint32_t Save() {
+    if (!mUtf16) return os::ReplaceLocked(mPath.c_str(), mFd, text);
+    std::string raw;
+    uint32_t error = ToUtf16(text, &raw);
+    return error != 0 ? error : os::ReplaceLocked(mPath.c_str(), mFd, raw);
+  }
+  // A file that Open made, and that is to stay unwritten, goes again.
+  void Abandon() {
+    if (mCreated) os::Remove(mPath.c_str());
+  }
+
+  std::string text;
+
+ private:
+  std::string mPath;
+  int mFd = -1;
+  bool mCreated = false;
+  bool mUtf16 = false;
+};
+
+// The pass of EditSettings on this thread: its file's text, held in memory.
+struct Batch {
+  std::u16string path;
+  std::string* text;
+  bool changed;
+};
+thread_local Batch* tBatch = nullptr;
+
+Batch* BatchOf(const char16_t* path) { return tBatch && path && tBatch->path == path ? tBatch : nullptr; }
 
 }  // namespace
 
 void SetSettingsFile(const char16_t* path) {
-  std::lock_guard<std::mutex> lock(NameGuard());
-  SettingsFileName() = path ? path : u"";
+  std::lock_guard<std::mutex> lock(Name().guard);
+  Name().path = path ? path : u"";
 }
 
 std::u16string GetSettingsFile() {
-  std::lock_guard<std::mutex> lock(NameGuard());
-  return SettingsFileName();
+  std::lock_guard<std::mutex> lock(Name().guard);
+  return Name().path;
 }
 
 bool FindSetting(const std::string& text, const char16_t* section, const char16_t* key, std::u16string* value) {
@@ -269,10 +383,11 @@ bool ApplySetting(std::string* text, const char16_t* section, const char16_t* ke
 }
 
 bool ReadSetting(const char16_t* path, const char16_t* section, const char16_t* key, std::u16string* value) {
-  PathBytes file(AsUnits(path));
-  std::string text;
-  if (!file.Ok() || os::ReadWholeFile(file.Get(), &text) != 0) return false;
-  return FindSetting(text, section, key, value);
+  if (Batch* batch = BatchOf(path)) return FindSetting(*batch->text, section, key, value);
+  PathBytes file(path ? AsUnits(path) : nullptr);
+  LockedSettings settings;
+  if (!file.Ok() || settings.Open(file.Get(), false) != 0) return false;
+  return FindSetting(settings.text, section, key, value);
 }
 
 int ReadSettingInt(const char16_t* path, const char16_t* section, const char16_t* key, int defaultValue) {
@@ -286,18 +401,42 @@ int ReadSettingInt(const char16_t* path, const char16_t* section, const char16_t
 uint32_t WriteSetting(const char16_t* path, const char16_t* section, const char16_t* key, const char16_t* value) {
   PathBytes file(path ? AsUnits(path) : nullptr);
   if (!file.Ok()) return file.Error();
-  // A line break in a name or value would write lines that read back as something else.
-  if (!section || HasLineBreak(section) || HasLineBreak(key) || HasLineBreak(value)) return kErrorInvalidArgument;
-  std::lock_guard<std::mutex> lock(WriteGuard());
-  std::string text;
-  uint32_t error = os::ReadWholeFile(file.Get(), &text);
-  if (error == kErrorNoFile) {
-    text.clear();
-  } else if (error != 0) {
+  // A name or value that would write lines that read back as something else.
+  if (!CanHold(section, key, value)) return kErrorInvalidArgument;
+  uint32_t error = 0;
+  if (Batch* batch = BatchOf(path)) {
+    if (ApplySetting(batch->text, section, key, value, &error)) batch->changed = true;
     return error;
   }
-  if (!ApplySetting(&text, section, key, value, &error)) return error;
-  return os::ReplaceFile(file.Get(), text);
+  LockedSettings settings;
+  error = settings.Open(file.Get(), true);
+  if (error != 0) return error;
+  if (!ApplySetting(&settings.text, section, key, value, &error)) {
+    settings.Abandon();
+    return error;
+  }
+  return settings.Save();
+}
+
+uint32_t EditSettings(const char16_t* path, const std::function<void()>& edit) {
+  PathBytes file(path ? AsUnits(path) : nullptr);
+  LockedSettings settings;
+  uint32_t error = tBatch ? 0 : file.Ok() ? settings.Open(file.Get(), true) : file.Error();
+  // Inside another pass, or no file to hold (or one that cannot be opened
+  // to write): the pass runs on the file as it is, each write on its own.
+  if (tBatch || error != 0) {
+    edit();
+    return error;
+  }
+  Batch batch = {path, &settings.text, false};
+  struct Scope {
+    explicit Scope(Batch* batch) { tBatch = batch; }
+    ~Scope() { tBatch = nullptr; }
+  } scope(&batch);
+  edit();
+  if (batch.changed) return settings.Save();
+  settings.Abandon();
+  return 0;
 }
 
 }  // namespace vbu::platform

@@ -16,11 +16,20 @@
 // Writing keeps every line that the write does not concern byte for byte;
 // the lines it writes end in CR LF. A write that changes nothing leaves the
 // file alone; any other goes to a new file beside it, which then replaces the
-// old one, so that a failure at any point leaves the old file whole. Nothing
-// is cached: each call reads the file anew.
+// old one, so that a failure at any point leaves the old file whole (in a
+// folder that takes no new file, the file is rewritten in place). A file
+// made read-only refuses writes. A file in UTF-16LE with a byte-order mark
+// is read and written in that form. Nothing is cached: each call reads the
+// file anew.
+//
+// Processes and threads share the file safely: each read takes a shared
+// lock of the system's on it, and each write an exclusive one across its
+// read, change and replacement, so no write is lost and no read sees half a
+// write.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace vbu::platform {
@@ -37,8 +46,16 @@ bool ReadSetting(const char16_t* path, const char16_t* section, const char16_t* 
 int ReadSettingInt(const char16_t* path, const char16_t* section, const char16_t* key, int defaultValue);
 // Sets `key` in `section` to `value`: a null value removes the key, a null
 // key removes the section with all its lines. Gives 0, or the error code of
-// the system call that failed (the file then stays as it was).
+// the system call that failed (the file then stays as it was);
+// kErrorInvalidArgument for a text the file cannot hold: a line break, or
+// a key with "=" or that begins with ";" or "[".
 uint32_t WriteSetting(const char16_t* path, const char16_t* section, const char16_t* key, const char16_t* value);
+// Runs `edit` with the file at `path` locked against every other writer, in
+// this process and in others. Reads and writes of `path` on this thread
+// meanwhile work on the file's text in memory, which replaces the file once,
+// at the end, if it changed. Gives 0, or the error code of the final write
+// (or of the opening: `edit` then runs on the file unlocked).
+uint32_t EditSettings(const char16_t* path, const std::function<void()>& edit);
 
 // ---- the text work, apart from the file system (used by the calls above)
 

@@ -112,6 +112,11 @@ struct SysCalls {
   void* (*dlopen)(const char* name, int flags);
   void* (*dlsym)(void* module, const char* name);
   int (*dlclose)(void* module);
+  // access(2): 0 when the calling user may `mode` (R_OK, W_OK...) the path; -1 and errno otherwise.
+  int (*access)(const char* path, int mode);
+  // A variable of the process's environment, or null (it is read only for
+  // the user's base folders: HOME and the XDG_*_HOME variables).
+  const char* (*getenv)(const char* name);
 };
 
 // The live table: what the layer calls. Tests may change its entries.

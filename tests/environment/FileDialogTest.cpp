@@ -74,15 +74,15 @@ TEST_F(FileDialogs, AddFiltersBuildsTheMediaTable) {
 
 TEST_F(FileDialogs, TheTableHoldsThirtyTwoFiltersCutsLongTextsAndFindsTheLastOfADescription) {
   TableDialog dialog;
-  EXPECT_EQ(dialog.FindFileFilterByDescription(const_cast<unsigned short*>(u"All Data Files"_u16)), nullptr);
+  EXPECT_EQ(dialog.FindFileFilterByDescription(u"All Data Files"_u16), nullptr);
   dialog.AddFilters(true, true, true);
   for (int i = 23; i <= 32; ++i) EXPECT_TRUE(dialog.AddFilter(u"All Data Files"_u16, u"*.x"_u16, nullptr)) << i;
   EXPECT_FALSE(dialog.AddFilter(u"33rd"_u16, u"*.y"_u16, nullptr));
   EXPECT_TRUE(dialog.AddFilters(false, false, false)) << "a full table is no failure of AddFilters";
   EXPECT_EQ(dialog.GetFilterCount(), 32u);
-  EXPECT_EQ(dialog.FindFileFilterByDescription(const_cast<unsigned short*>(u"All Data Files"_u16)),
+  EXPECT_EQ(dialog.FindFileFilterByDescription(u"All Data Files"_u16),
             dialog.GetFileFilter(32)) << "of equal descriptions the last one";
-  EXPECT_EQ(dialog.FindFileFilterByDescription(const_cast<unsigned short*>(u"Nothing"_u16)), nullptr);
+  EXPECT_EQ(dialog.FindFileFilterByDescription(u"Nothing"_u16), nullptr);
 
   TableDialog longText;
   std::u16string big(300, u'd');
@@ -204,12 +204,12 @@ TEST_F(FileDialogs, SavingANameWithoutExtensionTakesTheFilters) {
   EXPECT_TRUE(MFileDialog::sLastFile.IsNull());
 
   save.AppendFilterExtension(nullptr, save.GetFileFilter(1));
-  save.AppendFilterExtension(const_cast<unsigned short*>(u"x"_u16), nullptr);
+  save.AppendFilterExtension(u"x"_u16, nullptr);
   EXPECT_EQ(S(save.GetFileSpec().GetFilePath()), u"/out/still.mps") << "null arguments change nothing";
   SFileFilter bare{};
   bare.mExtension[0] = 'm';
   bare.mExtension[1] = 'p';
-  save.AppendFilterExtension(const_cast<unsigned short*>(u"y"_u16), &bare);
+  save.AppendFilterExtension(u"y"_u16, &bare);
   EXPECT_EQ(S(save.GetFileSpec().GetFilePath()), u"ymp") << "patterns without a dot are added as they stand";
 }
 
@@ -242,10 +242,10 @@ TEST_F(FileDialogs, PathDialogEntriesAndFilterTexts) {
   gMessages.clear();
   vbu::SetMessageBoxHook([](const unsigned short* text, void*) { gMessages.push_back(Text(text)); }, nullptr);
   CPathFileDialog dialog(true, nullptr, nullptr, 0, u"All files (*.*)|*.*|Video (vob)|*.vob;*.mpg||"_u16, nullptr);
-  dialog.SetInitialPath(64, const_cast<unsigned short*>(u"/last/"_u16));
-  dialog.SetInitialPath(1, const_cast<unsigned short*>(u"/first/"_u16));
-  dialog.SetInitialPath(65, const_cast<unsigned short*>(u"/no/"_u16));
-  dialog.SetInitialPath(0, const_cast<unsigned short*>(u"/no/"_u16));
+  dialog.SetInitialPath(64, u"/last/"_u16);
+  dialog.SetInitialPath(1, u"/first/"_u16);
+  dialog.SetInitialPath(65, u"/no/"_u16);
+  dialog.SetInitialPath(0, u"/no/"_u16);
   vbu::SetMessageBoxHook(nullptr, nullptr);
   EXPECT_EQ(gMessages, (std::vector<std::u16string>(2, u"CPathFileDialog::SetInitialPath out of range")));
   ASSERT_NE(dialog.GetInitialPath(64), nullptr);

@@ -5,6 +5,7 @@
 #include <VantoroBasicUtils/environment/CBrevanderProfile.h>
 #include <VantoroBasicUtils/environment/CSharedLibrary.h>
 
+#include <fcntl.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -15,6 +16,8 @@
 #include <memory>
 #include <algorithm>
 #include <filesystem>
+#include <map>
+#include <set>
 #include <string>
 
 #include "platform/FaultInjection.h"
@@ -31,12 +34,16 @@ namespace {
 std::u16string S(const MString& text) { return Text(text); }
 std::u16string Wide(const std::string& bytes) { return std::u16string(bytes.begin(), bytes.end()); }
 
-// The running program's file and the user's home folder, as the test says.
+// The running program's file, the user's home folder, the environment's
+// variables and the folders the user may not write, as the test says.
 class StFakeSystem : public StSysCallTable {
  public:
-  StFakeSystem(std::string exe, std::string home) {
+  StFakeSystem(std::string exe, std::string home, std::map<std::string, std::string> variables = {},
+               std::set<std::string> readOnly = {}) {
     sExe = std::move(exe);
     sHome = std::move(home);
+    sVariables = std::move(variables);
+    sReadOnly = std::move(readOnly);
     vp::Sys().readlink = [](const char* path, char* buffer, std::size_t size) -> long {
       if (std::strcmp(path, "/proc/self/exe") != 0) return vp::DefaultSysCalls().readlink(path, buffer, size);
       if (sExe.empty()) return errno = ENOENT, -1;
@@ -55,10 +62,22 @@ class StFakeSystem : public StSysCallTable {
       *result = record;
       return 0;
     };
+    vp::Sys().getenv = [](const char* name) -> const char* {
+      auto found = sVariables.find(name);
+      return found == sVariables.end() ? nullptr : found->second.c_str();
+    };
+    // Every folder is writable (missing ones too) but those listed.
+    vp::Sys().access = [](const char* path, int) -> int {
+      std::string folder = path;
+      while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+      return sReadOnly.count(folder) ? (errno = EACCES, -1) : 0;
+    };
   }
 
  private:
   static inline std::string sExe, sHome;
+  static inline std::map<std::string, std::string> sVariables;
+  static inline std::set<std::string> sReadOnly;
 };
 
 }  // namespace
@@ -73,6 +92,7 @@ TEST(ExecutablePaths, TheFolderAndTheSettingsFileFollowTheProgramsPath) {
       {"/opt/bin/tool.exe", u"/opt/bin/", u"/opt/bin/tool.ini"},
       {"/opt/bin/a.b.c", u"/opt/bin/", u"/opt/bin/a.b.ini"},
       {"/opt/bin/.tool", u"/opt/bin/", u"/opt/bin/.tool.ini"},  // a hidden file's dot is no extension
+      {"/opt/bin/tool (deleted)", u"/opt/bin/", u"/opt/bin/tool.ini"},  // replaced while it runs
       {"tool.exe", u"Error", u"Error"},                          // no separator at all
       {"", u"Error", u"Error"},                                  // the system cannot tell
   };
@@ -91,10 +111,20 @@ TEST(ExecutablePaths, TheUsersHomeFolderStandsForTheSystemDrive) {
   struct Case {
     std::string home;
     std::u16string drive;
-  } cases[] = {{"/home/ann", u"/home/ann"}, {"/home/ann/", u"/home/ann"}, {"/", u""}, {"", u""}};
+    std::string variable;  // HOME
+  } cases[] = {{"/home/ann", u"/home/ann", ""}, {"/home/ann/", u"/home/ann", ""}, {"/", u"", ""}, {"", u"", ""},
+               {"", u"/home/env", "/home/env"},  // no entry in the password database
+               {"/home/ann", u"/home/ann", "/home/env"}};
   for (const Case& c : cases) {
-    StFakeSystem system("/opt/bin/tool", c.home);
+    StFakeSystem system("/opt/bin/tool", c.home, {{"HOME", c.variable}});
     EXPECT_EQ(S(CBrevanderDirectories::GetSystemDrive()), c.drive) << c.home;
+  }
+  // Neither: the user's folders are empty, and nothing is made at the root.
+  {
+    StFakeSystem nobody("/opt/bin/tool", "");
+    EXPECT_EQ(S(CBrevanderDirectories::GetScenarioDirectory()), u"");
+    EXPECT_EQ(S(CBrevanderDirectories::GetScriptDirectory()), u"");
+    EXPECT_FALSE(fs::exists("/My Scenarios"));
   }
   // The real one: the password database's entry of this user.
   struct passwd* real = getpwuid(getuid());
@@ -126,14 +156,9 @@ class AppTree : public ::testing::Test {
   std::u16string bin;
 };
 
+// (Data, Temp and Project Templates: with the installed program's folders, below.)
 TEST_F(AppTree, FoldersBesideTheExecutableAreMadeWhereTheyAreForWriting) {
-  EXPECT_EQ(S(CBrevanderDirectories::GetProjectTemplateDirectory()), bin + u"Project Templates/");
-  EXPECT_EQ(S(CBrevanderDirectories::GetTempDirectory()), bin + u"Temp/");
-  EXPECT_EQ(S(CBrevanderDirectories::GetSupportDataDirectory()), bin + u"Data/");
   EXPECT_EQ(S(CBrevanderDirectories::GetDocumentationDirectory()), bin + u"Documentation/");
-  EXPECT_TRUE(IsFolder("app/bin/Project Templates"));
-  EXPECT_TRUE(IsFolder("app/bin/Temp"));
-  EXPECT_TRUE(IsFolder("app/bin/Data"));
   EXPECT_FALSE(IsFolder("app/bin/Documentation"));
 
   // Two separators in a row; only the last level is made, so its parent must be there.
@@ -204,9 +229,65 @@ TEST_F(AppTree, UserFoldersDefaultToTheHomeFolder) {
   EXPECT_FALSE(fs::exists(tree.Bytes("app/bin/tool.ini"))) << "reading writes nothing";
 }
 
-TEST_F(AppTree, SetAppProfileUsesTheFileBesideTheExecutable) {
-  CBrevanderProfile::SetAppProfile();  // a first start there: the whole set is written
-  EXPECT_EQ(ReadAll(tree.Bytes("app/bin/tool.ini")).rfind("[Vantoro]\r\n1=0\r\n", 0), 0u);
+TEST_F(AppTree, AnInstalledProgramKeepsItsFilesInTheUsersFolders) {
+  struct Case {
+    const char* name;
+    bool binWritable, iniBeside;
+    std::map<std::string, std::string> variables;
+    std::string config, data, cache;  // in the tree; "app/bin/" for beside the executable
+  } cases[] = {
+      {"writable folder", true, false, {}, "app/bin/", "app/bin/", "app/bin/"},
+      {"portable install", false, true, {}, "app/bin/", "app/bin/", "app/bin/"},
+      {"installed", false, false, {}, "home/.config/tool/", "home/.local/share/tool/", "home/.cache/tool/"},
+      {"installed, XDG", false, false,
+       {{"XDG_CONFIG_HOME", tree.Bytes("x/conf")}, {"XDG_DATA_HOME", tree.Bytes("x/data/")},
+        {"XDG_CACHE_HOME", "relative/is/ignored"}},
+       "x/conf/tool/", "x/data/tool/", "home/.cache/tool/"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    fs::remove_all(tree.Bytes("home"));
+    fs::remove_all(tree.Bytes("x"));
+    fs::remove(tree.Bytes("app/bin/tool.ini"));
+    fs::create_directories(tree.Bytes("home"));
+    if (c.iniBeside) WriteAll(tree.Bytes("app/bin/tool.ini"), "");
+    std::set<std::string> readOnly;
+    if (!c.binWritable) readOnly.insert(tree.Bytes("app/bin"));
+    StFakeSystem fake(tree.Bytes("app/bin/tool"), tree.Bytes("home"), c.variables, readOnly);
+    EXPECT_EQ(S(CBrevanderDirectories::GetAppProfile()), Wide(tree.Bytes(c.config + "tool.ini")));
+    CBrevanderProfile::SetAppProfile();  // a first start there: its folder is made, the whole set written
+    EXPECT_EQ(ReadAll(tree.Bytes(c.config + "tool.ini")).rfind("[Vantoro]\r\n1=0\r\n", 0), 0u);
+    EXPECT_EQ(S(CBrevanderDirectories::GetSupportDataDirectory()), Wide(tree.Bytes(c.data + "Data/")));
+    EXPECT_EQ(S(CBrevanderDirectories::GetProjectTemplateDirectory()), Wide(tree.Bytes(c.data + "Project Templates/")));
+    EXPECT_EQ(S(CBrevanderDirectories::GetTempDirectory()), Wide(tree.Bytes(c.cache + "Temp/")));
+    for (const std::string& made : {c.data + "Data", c.data + "Project Templates", c.cache + "Temp"}) {
+      EXPECT_TRUE(IsFolder(made)) << made;
+    }
+    EXPECT_EQ(S(CBrevanderDirectories::GetAppDirectory()), bin) << "the program's own folder stays";
+  }
+}
+
+TEST(SettingsFile, AFolderThatTakesNoNewFileGetsTheFileRewrittenInPlace) {
+  TempFolder dir;
+  WriteAll(dir.Bytes("app.ini"), "[Audio]\r\nBitrate=128\r\n; a long note that the shorter file loses\r\n");
+  const std::u16string path = Wide(dir.Bytes("app.ini"));
+  const auto permissions = fs::status(dir.Bytes("app.ini")).permissions();
+  StSysCallTable saved;
+  vp::Sys().open = [](const char* name, int flags, unsigned mode) -> int {
+    if (flags & O_CREAT) return errno = EACCES, -1;  // the folder refuses new files
+    return vp::DefaultSysCalls().open(name, flags, mode);
+  };
+  EXPECT_EQ(vp::WriteSetting(path.c_str(), u"Audio", u"Bitrate", u"256"), 0u);
+  EXPECT_EQ(vp::WriteSetting(path.c_str(), u"Audio", nullptr, nullptr), 0u);
+  EXPECT_EQ(ReadAll(dir.Bytes("app.ini")), "");
+  EXPECT_EQ(vp::WriteSetting(path.c_str(), u"Video", u"Format", u"PAL"), 0u);
+  EXPECT_EQ(ReadAll(dir.Bytes("app.ini")), "[Video]\r\nFormat=PAL\r\n");
+  EXPECT_EQ(fs::status(dir.Bytes("app.ini")).permissions(), permissions);
+  // A disk that is full keeps the old file whole there too.
+  vp::Sys().fallocate = [](int, int64_t, int64_t) { return errno = ENOSPC, -1; };
+  EXPECT_EQ(vp::WriteSetting(path.c_str(), u"Video", u"Format", u"NTSC with a longer value"),
+            static_cast<uint32_t>(ENOSPC));
+  EXPECT_EQ(ReadAll(dir.Bytes("app.ini")), "[Video]\r\nFormat=PAL\r\n");
 }
 
 namespace {
@@ -275,8 +356,17 @@ TEST(SharedLibrary, LoadsOnceAndTriesAgainAfterAFailure) {
   EXPECT_TRUE(plugin.Load());
   EXPECT_EQ(gOpens, 1);
 
+  // A bare name is looked for beside the executable first.
+  {
+    StFakeSystem beside(fs::path(VBU_TEST_PLUGIN).parent_path().string() + "/host", "/home/ann");
+    std::u16string name = Wide(fs::path(VBU_TEST_PLUGIN).filename().string());
+    CSharedLibrary bare(vbu::ToUnits(name.c_str()));
+    EXPECT_NE(bare.LoadFunction("VbuTestPluginAnswer"), nullptr);
+    gOpens = 0;
+  }
+
   CSharedLibrary missing(u"/no/such/module.so"_u16);
   EXPECT_FALSE(missing.Load());
   EXPECT_EQ(missing.LoadFunction("VbuTestPluginAnswer"), nullptr);
-  EXPECT_EQ(gOpens, 3) << "a failed load is tried again";
+  EXPECT_EQ(gOpens, 2) << "a failed load is tried again";
 }
