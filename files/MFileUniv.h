@@ -135,6 +135,10 @@ class VBU_API MFileUniv : public MFile {
   bool IsOverlapped() const { return mOverlapped; }
 
  private:
+  friend class MFiles;
+  // Opens as FOpen(mode) does; with `mayCreate` false the file must exist.
+  int OpenAs(file_open_t mode, bool mayCreate);
+
   void ConcatCleanup(ConcatInfo* info);
   uint32_t ConcatWaitOperation(ConcatInfo* info, ConcatCallbackInfo* record);
   void ConcatWriteBuffer(ConcatInfo* info);

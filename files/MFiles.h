@@ -32,9 +32,10 @@ class VBU_API MFiles : public MFile {
   static const unsigned short kInfoHeader[];
   // Segment names are the logical path, this suffix, a point and a number.
   static const unsigned short kSegmentSuffix[];
-  // At most this many segments, each named by at most kMaxPathLength characters.
+  // At most this many segments, each named by a path of at most
+  // kMaxPathLength bytes as the system names it (its longest path).
   static constexpr int kMaxSegments = 2048;
-  static constexpr int kMaxPathLength = 2047;
+  static constexpr int kMaxPathLength = 4095;
 
   // Closed, with no segment limit (0x3FFFFFFFFFFFFFFF).
   MFiles();
@@ -163,20 +164,34 @@ class VBU_API MFiles : public MFile {
  private:
   MFileSpecWin* SegmentAt(int index) const;
   bool IsOpen() const { return mCurrentIndex != -1; }
-  // The mode in which a segment of the file is opened again: never emptying,
-  // at its start.
-  file_open_t ReopenMode() const;
-  // Opens the list (copied in) in `mode`; 0 or -1, the list emptied on failure.
-  int OpenList(LList& specs, file_open_t mode);
-  // Makes segment `index` the open one in `mode` (closing the one open); 0 or -1.
-  int OpenSegment(int index, file_open_t mode);
+  // Appends a file spec of `path` to the list.
+  void Append(const unsigned short* path);
+  // Opens the first segment of the list in `mode`; 0 or -1, the list emptied on failure.
+  int OpenSegments(file_open_t mode);
+  // Makes the info file list the first segment alone, then removes the others; 0 or -1.
+  int DropLaterSegments();
+  // Makes segment `index` the open one (closing the one open), in the mode
+  // that moving into a segment takes: it must exist. 0 or -1.
+  int MoveTo(int index);
   // Closes the open segment, if one is; 0 or -1.
   int CloseSegment();
-  // The size of segment `index` by its path, or -1.
+  // The size of segment `index` by its path, or -1; the logical offset of its start, or -1.
   long long SegmentSize(int index) const;
-  // Makes a new last segment of `length` bytes (zeros), lists it in the
-  // info file and appends it to the list; 0 or -1 with nothing listed.
+  long long SegmentBase(int index) const;
+  // Where a write of `count` bytes at the position goes: -1 when it would
+  // cross into a segment that is not there; `grows` when it needs a new one.
+  int PlanWrite(int count, bool* grows);
+  // True when the info file can hold the lines that a new segment adds.
+  bool NewSegmentsListable();
+  // Makes a new last segment of `length` bytes (zeros), switching to an
+  // info file first if there is none, lists it and appends it to the list;
+  // 0 or -1 with nothing listed.
   int AppendSegment(long long length);
+  // `wanted`, or the first of wanted-1, wanted-2, ... that no file on disk
+  // and no segment of the list uses.
+  MString FreeName(const MString& wanted) const;
+  // FGets (`wide` false) and FGetts, moving on to the next segment.
+  int GetLine(void* buffer, int count, bool wide);
 
   LList mSegments;             // MFileSpecWin*, owned, in logical order
   MFileUniv mCurrentFile;      // the open segment
