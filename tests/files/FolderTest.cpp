@@ -2,10 +2,12 @@
 // space, removal of whole folders, and the order and cycle guard of queries.
 #include <VantoroBasicUtils/files/CFileQuery.h>
 #include <VantoroBasicUtils/files/MDirectory.h>
+#include <VantoroBasicUtils/files/MFile.h>
 #include <VantoroBasicUtils/files/UFileUtils.h>
 #include <VantoroBasicUtils/text/MStringList.h>
 
 #include <sys/statvfs.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -40,6 +42,21 @@ void MakeTree(const TempFolder& dir, bool linkOut = false) {
     WriteAll(dir.Bytes("outside/keep"), "keep");
     std::filesystem::create_directory_symlink(dir.Bytes("outside"), dir.Bytes("s/link"));
   }
+}
+
+// A chain of `depth` folders of 200-byte names under `root`, with a file in
+// the deepest: its path is longer than the system takes. Made step by step
+// from the current folder, which is put back.
+void MakeDeepTree(const std::string& root, int depth) {
+  std::string back = std::filesystem::current_path().string();
+  ASSERT_EQ(chdir(root.c_str()), 0);
+  std::string name(200, 'd');
+  for (int i = 0; i < depth; ++i) {
+    ASSERT_EQ(mkdir(name.c_str(), 0700), 0);
+    ASSERT_EQ(chdir(name.c_str()), 0);
+  }
+  WriteAll("deep", "x");
+  ASSERT_EQ(chdir(back.c_str()), 0);
 }
 
 }  // namespace
@@ -105,6 +122,43 @@ TEST(Folders, DeleteDirectoryRemovesTheTreeButNotWhatLinksPointAt) {
   EXPECT_TRUE(hearing.messages.empty());
 }
 
+// Nothing outside the named tree is touched: a link given as the tree goes
+// as a link; a file whose name is not UTF-8 is found and removed; depth is no limit.
+TEST(Folders, DeletesStayInsideTheTreeAndReachAllOfIt) {
+  TempFolder dir;
+  MakeTree(dir, true);
+  std::filesystem::create_directory_symlink(dir.Bytes("outside"), dir.Bytes("tolink"));
+  Hearing hearing;
+  EXPECT_EQ(DeleteDirectory(dir.Path("tolink/")), 0);
+  EXPECT_FALSE(std::filesystem::is_symlink(dir.Bytes("tolink")));
+  EXPECT_EQ(ReadAll(dir.Bytes("outside/keep")), "keep");
+  // Through a link, the folder it names is emptied; the link stays.
+  std::filesystem::create_directory_symlink(dir.Bytes("s"), dir.Bytes("tos"));
+  EXPECT_TRUE(UFileUtils::DeleteAllFilesUnderDir(dir.Path("tos")));
+  EXPECT_TRUE(std::filesystem::is_symlink(dir.Bytes("tos")));
+  EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s/c")));
+  EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s/link"))) << "a link inside goes as a link";
+  EXPECT_EQ(ReadAll(dir.Bytes("outside/keep")), "keep");
+  // Names that are not UTF-8.
+  std::filesystem::create_directories(dir.Bytes("odd"));
+  WriteAll(dir.Bytes("odd/bad\xFF\xFE.txt"), "1");
+  WriteAll(dir.Bytes("odd/good.txt"), "2");
+  CFileQuery odd(dir.Path("odd"));
+  std::vector<std::string> listed = Listed(odd);
+  ASSERT_EQ(listed.size(), 2u);
+  MString* first = nullptr;
+  odd.FetchItemAt(1, &first);
+  EXPECT_TRUE(MFile::FileExist(*first)) << "the listed name names the file";
+  EXPECT_TRUE(UFileUtils::DeleteAllFilesUnderDir(dir.Path("odd")));
+  EXPECT_TRUE(std::filesystem::is_empty(dir.Bytes("odd")));
+  // Deeper than the system's path limit.
+  MakeDeepTree(dir.Bytes("odd"), 25);
+  EXPECT_TRUE(UFileUtils::DeleteAllFilesUnderDir(dir.Path("odd")));
+  EXPECT_EQ(DeleteDirectory(dir.Path("odd")), 0);
+  EXPECT_FALSE(std::filesystem::exists(dir.Bytes("odd")));
+  EXPECT_TRUE(hearing.messages.empty());
+}
+
 TEST(Folders, DeleteDirKeepsSubfolders) {
   TempFolder dir;
   MakeTree(dir, true);
@@ -154,4 +208,12 @@ TEST(FileQuery, ADropListsInTheOrderOfTheDrop) {
                                                      dir.Bytes("a")}));
   CFileQuery none(static_cast<MStringList*>(nullptr));
   EXPECT_EQ(none.GetCount(), 0u);
+  // A folder given again, or its subfolder, is listed again, as a file is.
+  MStringList twice;
+  twice.Add(dir.Path("s"));
+  twice.Add(dir.Path("s/t"));
+  twice.Add(dir.Path("s/c"));
+  CFileQuery again(&twice);
+  EXPECT_EQ(Listed(again), (std::vector<std::string>{dir.Bytes("s/c"), dir.Bytes("s/t/.hidden"),
+                                                     dir.Bytes("s/t/.hidden"), dir.Bytes("s/c")}));
 }

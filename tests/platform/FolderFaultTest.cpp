@@ -19,14 +19,22 @@ namespace vp = vbu::platform;
 
 namespace {
 
-// unlink refuses paths that end in "locked".
+bool EndsInLocked(const char* path) {
+  std::size_t n = std::strlen(path);
+  return n >= 6 && std::strcmp(path + n - 6, "locked") == 0;
+}
+
+// unlink refuses paths that end in "locked", by path or in an open folder.
 class StLockedFiles : public StSysCallTable {
  public:
   StLockedFiles() {
     vp::Sys().unlink = [](const char* path) {
-      std::size_t n = std::strlen(path);
-      if (n >= 6 && std::strcmp(path + n - 6, "locked") == 0) return errno = EBUSY, -1;
+      if (EndsInLocked(path)) return errno = EBUSY, -1;
       return vp::DefaultSysCalls().unlink(path);
+    };
+    vp::Sys().unlinkat = [](int folder, const char* path, int flags) {
+      if (EndsInLocked(path)) return errno = EBUSY, -1;
+      return vp::DefaultSysCalls().unlinkat(folder, path, flags);
     };
   }
 };
@@ -63,6 +71,29 @@ TEST_F(LockedTree, DeleteAllFilesUnderDirGoesOnPastAFailure) {
   EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s/a")));
   EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s/t/z")));
   EXPECT_FALSE(UFileUtils::DeleteDir(dir.Path("s")));
+}
+
+// A subfolder that cannot be read keeps its files: the deletes say so.
+TEST(FolderFaults, AFolderThatCannotBeReadFailsTheDeletes) {
+  TempFolder dir;
+  std::filesystem::create_directories(dir.Bytes("s/locked"));
+  WriteAll(dir.Bytes("s/locked/f"), "f");
+  WriteAll(dir.Bytes("s/a"), "a");
+  Hearing hearing;
+  StSysCallTable saved;
+  vp::Sys().opendir = [](const char* path) -> void* {
+    return EndsInLocked(path) ? (errno = EACCES, nullptr) : vp::DefaultSysCalls().opendir(path);
+  };
+  vp::Sys().openat = [](int folder, const char* path, int flags, unsigned mode) {
+    return EndsInLocked(path) ? (errno = EACCES, -1) : vp::DefaultSysCalls().openat(folder, path, flags, mode);
+  };
+  EXPECT_FALSE(UFileUtils::DeleteAllFilesUnderDir(dir.Path("s")));
+  EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s/a")));
+  EXPECT_EQ(DeleteDirectory(dir.Path("s")), -1);
+  EXPECT_TRUE(std::filesystem::exists(dir.Bytes("s/locked/f")));
+  ASSERT_EQ(hearing.messages, (std::vector<long>{26001, 26000, 26002}));
+  std::string text = "Directory " + dir.Bytes("s/locked") + " could not be deleted";
+  EXPECT_EQ(hearing.texts[1], std::u16string(text.begin(), text.end()));
 }
 
 TEST(FolderFaults, AFolderThatCannotBeRemovedSaysWhereToLook) {
