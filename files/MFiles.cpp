@@ -366,7 +366,11 @@ bool MFiles::NewSegmentsListable() {
   std::string line;
   MFileSpecWin* last = SegmentAt(GetCount());
   if (!last) return false;
-  if (!mInfoSpec.IsNull()) return InfoLine(SegmentName(mInfoSpec.GetFilePath(), GetCount()), &line);
+  // An info file gone from its name (renamed behind the object's back)
+  // would be made anew with the new line alone: no segment is added then.
+  if (!mInfoSpec.IsNull()) {
+    return TakenOnDisk(mInfoSpec.GetFilePath()) && InfoLine(SegmentName(mInfoSpec.GetFilePath(), GetCount()), &line);
+  }
   // The switch lists every segment, the first under its new name.
   for (int i = 1; i < GetCount(); ++i) {
     if (!InfoLine(SegmentAt(i)->GetFilePath(), &line)) return false;
@@ -610,7 +614,7 @@ int MFiles::AppendSegment(long long length) {
   if (mInfoSpec.IsNull()) {
     if (CloseSegment() != 0 || DoSwitchToInfoFile() != 0) return -1;
   }
-  if (GetCount() >= kMaxSegments) return -1;
+  if (GetCount() >= kMaxSegments || !TakenOnDisk(mInfoSpec.GetFilePath())) return -1;
   // Not listed yet, so the file made is no part of the logical file; a
   // name that another file took in the meantime is passed over.
   MString name;
