@@ -150,8 +150,11 @@ class VBU_API MFiles : public MFile {
   long ConcatBufferSynchronously(char* buffer, long count) {
     return mCurrentFile.ConcatBufferSynchronously(buffer, count);
   }
-  long ConcatFile(unsigned short* path, long reserved, bool& cancelled) {
+  long ConcatFile(const unsigned short* path, long reserved, bool& cancelled) {
     return mCurrentFile.ConcatFile(path, reserved, cancelled, -1);
+  }
+  long ConcatFile(unsigned short* path, long reserved, bool& cancelled) {
+    return ConcatFile(static_cast<const unsigned short*>(path), reserved, cancelled);
   }
 
  protected:

@@ -183,7 +183,7 @@ TEST(FileQuery, OnePathAFolderOrNothing) {
   EXPECT_EQ(Listed(file), std::vector<std::string>{dir.Bytes("a")});
   CFileQuery empty(dir.Path("empty"));
   EXPECT_EQ(empty.GetCount(), 0u);
-  CFileQuery missing(dir.Path("missing"));
+  CFileQuery missing(u"/nonexistent/vbu-query"_u16);  // a literal: the path is only read
   EXPECT_EQ(missing.GetCount(), 0u);
   // Names in order; a subfolder's files where the subfolder stands; hidden
   // files and dangling links too; a link back up is not walked again.
