@@ -38,6 +38,8 @@ namespace {
 // A reader compares this much of the first line.
 constexpr int kHeaderCompared = 19;
 constexpr long long kNoLimit = 0x3FFFFFFFFFFFFFFFLL;
+// Free names tried beside a name in use.
+constexpr int kNameTries = 1000;
 
 // "path.cfx.N".
 MString SegmentName(const unsigned short* path, int number) {
@@ -284,7 +286,7 @@ int MFiles::DropLaterSegments() {
   if (!InfoLine(SegmentAt(1)->GetFilePath(), &lines[0])) return -1;
   MString info = mInfoSpec.GetFilePath();
   MString pending = FreeName(PendingInfoName(info));
-  if (WriteInfoFile(pending, lines) != 0 || vp::RenamePath(pending, info) != 0) {
+  if (pending.GetLength() == 0 || WriteInfoFile(pending, lines) != 0 || vp::RenamePath(pending, info) != 0) {
     vp::RemoveFile(pending);
     return -1;
   }
@@ -563,7 +565,10 @@ MString MFiles::FreeName(const MString& wanted) const {
     }
     return false;
   };
+  // A folder where every name looks taken (it cannot be searched) ends the
+  // search: no name, and the caller fails.
   for (int counter = 1; TakenOnDisk(name) || listed(name); ++counter) {
+    if (counter > kNameTries) return MString();
     name.Format(u"%s-%d"_u16, static_cast<const unsigned short*>(wanted), counter);
   }
   return name;
@@ -575,6 +580,7 @@ int MFiles::DoSwitchToInfoFile() {
   MString plain = segment->GetFilePath();
   // The first segment's name is one that no file uses.
   MString first = FreeName(SegmentName(plain, 0));
+  if (first.GetLength() == 0) return -1;
   std::vector<std::string> lines(static_cast<std::size_t>(GetCount()));
   for (int i = 1; i <= GetCount(); ++i) {
     if (!InfoLine(i < GetCount() ? SegmentAt(i)->GetFilePath() : first, &lines[static_cast<std::size_t>(i - 1)])) {
@@ -583,6 +589,7 @@ int MFiles::DoSwitchToInfoFile() {
   }
   // The new info file, whole, under a name of its own.
   MString pending = FreeName(PendingInfoName(plain));
+  if (pending.GetLength() == 0) return -1;
   if (WriteInfoFile(pending, lines) != 0) {
     vp::RemoveFile(pending);
     return -1;
@@ -618,9 +625,9 @@ int MFiles::AppendSegment(long long length) {
   // Not listed yet, so the file made is no part of the logical file; a
   // name that another file took in the meantime is passed over.
   MString name;
-  for (int made = 1; made == 1;) {
+  for (int made = 1, tries = 0; made == 1; ++tries) {
     name = FreeName(SegmentName(mInfoSpec.GetFilePath(), GetCount()));
-    made = MakeNewFile(name, length);
+    made = name.GetLength() == 0 || tries > kNameTries ? -1 : MakeNewFile(name, length);
     if (made < 0) return -1;
   }
   MFileSpecWin spec(name);
@@ -691,7 +698,7 @@ int MFiles::ChangeAllFilesDirectory(const unsigned short* directory) {
   // An info file of no lines would lose the segments.
   if (info.GetLength() == 0 || !directory || lines.empty() || !listable) return -1;
   MString pending = FreeName(PendingInfoName(info));
-  if (WriteInfoFile(pending, lines) != 0 || vp::RenamePath(pending, info) != 0) {
+  if (pending.GetLength() == 0 || WriteInfoFile(pending, lines) != 0 || vp::RenamePath(pending, info) != 0) {
     vp::RemoveFile(pending);
     return -1;
   }

@@ -7,8 +7,11 @@
 // at a time, in an embedded MFileUniv.
 //
 // Nothing written is lost on the way: at every moment the info file on
-// disk lists every segment that holds data, and a segment that is part of
-// the file is never emptied by moving into it, whatever the open mode.
+// disk lists every segment that holds data; a segment that is part of the
+// file is never emptied by moving into it, whatever the open mode, and a
+// listed segment that is gone is an error, never made anew; a name that
+// another file uses on disk is never taken (a free one is chosen: the info
+// file lists whole paths); an object opened to read changes nothing.
 //
 //   MFiles title;
 //   title.SetMaxFileSize(1024LL << 20);                  // 1 GiB segments
@@ -53,9 +56,10 @@ class VBU_API MFiles : public MFile {
   int FOpen(MFileSpecWin& spec, file_open_t mode) override;
   int FOpen(const unsigned short* path, file_open_t mode) override;
   // Opens the named file: an info file opens its segments, anything else is
-  // a file of one segment. The first segment is opened in `mode` (a mode
-  // that empties empties the later segments too); modes 5, 6 and 8 then
-  // stand at the logical end. 0 or -1.
+  // a file of one segment. The first segment is opened in `mode`; a mode
+  // that empties makes a segmented file one empty segment (the others and
+  // their lines are removed); modes 5, 6 and 8 then stand at the logical
+  // end. 0 or -1.
   int FOpen(file_open_t mode);
   // Opens an explicit list of MFileSpecWin* (copied) as FOpen(mode) does; 0 or -1.
   int FOpen(LList& specs, file_open_t mode);
@@ -68,16 +72,20 @@ class VBU_API MFiles : public MFile {
 
   // Reads on across segment ends; the count (short at the logical end) or a negative value.
   int FRead(char* buffer, int count) override;
-  // Writes at the position; a write that passes the limit is split once and
-  // goes on in the next segment, made (and listed) when needed. The count or
-  // a negative value.
+  // Writes at the position: bytes over data stay in the segment that holds
+  // them and cross into the next at its end; only bytes behind the logical
+  // end follow the limit, into new segments made (and listed) as needed. A
+  // write that would reach a missing segment, or a new segment whose name
+  // the info file cannot hold, is refused before a byte is written. The
+  // count (0 for nothing, which changes nothing) or a negative value.
   int FWrite(const char* buffer, int count) override;
   // file_seek_begin: to a logical offset, growing the file (by whole new
   // segments if needed) when it lies behind the end; gives the offset.
   // file_seek_end and file_seek_current: inside the last or the open
   // segment; gives the position inside it. -1 on failure. On the overlapped
   // route, whose transfers name their offsets, file_seek_begin makes and
-  // opens the segments and sets no position.
+  // opens the segments and sets no position. Opened to read, the file cannot
+  // grow: a position behind its end gives -1.
   long long FSeek64(long long offset, file_seek_t origin) override;
   // The position inside the open segment.
   long long FTell64() override;
