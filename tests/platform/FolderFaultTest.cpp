@@ -73,29 +73,6 @@ TEST_F(LockedTree, DeleteAllFilesUnderDirGoesOnPastAFailure) {
   EXPECT_FALSE(UFileUtils::DeleteDir(dir.Path("s")));
 }
 
-// A subfolder that cannot be read keeps its files: the deletes say so.
-TEST(FolderFaults, AFolderThatCannotBeReadFailsTheDeletes) {
-  TempFolder dir;
-  std::filesystem::create_directories(dir.Bytes("s/locked"));
-  WriteAll(dir.Bytes("s/locked/f"), "f");
-  WriteAll(dir.Bytes("s/a"), "a");
-  Hearing hearing;
-  StSysCallTable saved;
-  vp::Sys().opendir = [](const char* path) -> void* {
-    return EndsInLocked(path) ? (errno = EACCES, nullptr) : vp::DefaultSysCalls().opendir(path);
-  };
-  vp::Sys().openat = [](int folder, const char* path, int flags, unsigned mode) {
-    return EndsInLocked(path) ? (errno = EACCES, -1) : vp::DefaultSysCalls().openat(folder, path, flags, mode);
-  };
-  EXPECT_FALSE(UFileUtils::DeleteAllFilesUnderDir(dir.Path("s")));
-  EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s/a")));
-  EXPECT_EQ(DeleteDirectory(dir.Path("s")), -1);
-  EXPECT_TRUE(std::filesystem::exists(dir.Bytes("s/locked/f")));
-  ASSERT_EQ(hearing.messages, (std::vector<long>{26001, 26000, 26002}));
-  std::string text = "Directory " + dir.Bytes("s/locked") + " could not be deleted";
-  EXPECT_EQ(hearing.texts[1], std::u16string(text.begin(), text.end()));
-}
-
 TEST(FolderFaults, AFolderThatCannotBeRemovedSaysWhereToLook) {
   TempFolder dir;
   std::filesystem::create_directories(dir.Bytes("s"));
