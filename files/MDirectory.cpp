@@ -2,6 +2,7 @@
 #include "files/MDirectory.h"
 
 #include <algorithm>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -127,32 +128,94 @@ MString WithoutTail(const unsigned short* path) {
   return bare;
 }
 
-// Empties the open `folder` (shown to the user as `shown`, which ends in a
-// separator), depth first, from descriptors: no path grows with the depth,
-// and a link is removed as a link. Stops at the first entry that stays: -1.
-int RemoveContents(const vp::OpenFolder& folder, const MString& shown) {
-  std::vector<std::u16string> names;
-  // A folder that cannot be read shows when it cannot be removed.
-  if (!SortedNames(folder, &names)) return 0;
-  for (const std::u16string& name : names) {
-    MString entry = shown + FromUnits(name);
-    vp::PathKind kind;
-    if (folder.Inspect(name, &kind) == 0 && kind.folder && !kind.link) {
-      {
-        vp::OpenFolder child(folder, name);
-        if (child.Error() == 0 && RemoveContents(child, entry + MString(u"/"_u16)) != 0) return -1;
-      }
-      if (folder.RemoveFolder(name) != 0) {
-        ReportFolder(entry);
-        return -1;
-      }
-    } else if (folder.RemoveFile(name) != 0) {
-      ReportFile(entry);
-      return -1;
-    }
+// What a walk does at each entry; each gives false to stop the walk.
+class TreeVisitor {
+ public:
+  virtual ~TreeVisitor() = default;
+  // A file, a link or anything else that is no folder, in `folder`.
+  virtual bool File(const vp::OpenFolder& folder, const std::u16string& name, const MString& shown) = 0;
+  // A subfolder that cannot be opened or read: it is not entered.
+  virtual bool Unreadable(const vp::OpenFolder& folder, const std::u16string& name, const MString& shown) = 0;
+  // A subfolder of `folder` whose entries have all been visited.
+  virtual bool Left(const vp::OpenFolder& folder, const std::u16string& name, const MString& shown) = 0;
+};
+
+// Walks the tree under the folder `path` (shown as `shown`, which ends in a
+// separator) depth first, names in order, with one folder open at a time:
+// a subfolder is entered by descriptor, never through a link, and left
+// through "..", which must be the folder the walk came down from. So
+// neither depth nor path length is a limit, and a tree moved behind the
+// walk's back is not followed out. 1 when walked to the end, 0 when the
+// visitor stopped it or the way back up was lost, -1 when `path` cannot be read.
+int WalkTree(const unsigned short* path, const MString& shown, TreeVisitor& visitor) {
+  struct Level {
+    std::vector<std::u16string> names;
+    std::size_t next = 0;
+    vp::PathKind id;
+    std::u16string name;  // in the folder above
+    MString shown;
+  };
+  auto current = std::make_unique<vp::OpenFolder>(path);
+  std::vector<Level> levels(1);
+  levels[0].shown = shown;
+  if (current->Error() != 0 || current->Inspect(&levels[0].id) != 0 || !SortedNames(*current, &levels[0].names)) {
+    return -1;
   }
-  return 0;
+  for (;;) {
+    Level& level = levels.back();
+    if (level.next == level.names.size()) {
+      Level done = std::move(level);
+      levels.pop_back();
+      if (levels.empty()) return 1;
+      auto parent = std::make_unique<vp::OpenFolder>(*current, u"..");
+      vp::PathKind id;
+      if (parent->Error() != 0 || parent->Inspect(&id) != 0 || id.device != levels.back().id.device ||
+          id.node != levels.back().id.node) {
+        return 0;
+      }
+      current = std::move(parent);
+      if (!visitor.Left(*current, done.name, levels.back().shown + FromUnits(done.name))) return 0;
+      continue;
+    }
+    const std::u16string name = level.names[level.next++];
+    MString entry = level.shown + FromUnits(name);
+    vp::PathKind kind;
+    if (current->Inspect(name, &kind) != 0 || !kind.folder || kind.link) {
+      if (!visitor.File(*current, name, entry)) return 0;
+      continue;
+    }
+    auto child = std::make_unique<vp::OpenFolder>(*current, name);
+    Level below;
+    below.name = name;
+    below.shown = entry + MString(u"/"_u16);
+    if (child->Error() != 0 || child->Inspect(&below.id) != 0 || !SortedNames(*child, &below.names)) {
+      if (!visitor.Unreadable(*current, name, entry)) return 0;
+      continue;
+    }
+    current = std::move(child);
+    levels.push_back(std::move(below));
+  }
 }
+
+// Removes everything, stopping at the first entry that stays, with its message.
+class RemoveAll : public TreeVisitor {
+ public:
+  bool File(const vp::OpenFolder& folder, const std::u16string& name, const MString& shown) override {
+    if (folder.RemoveFile(name) == 0) return true;
+    ReportFile(shown);
+    return !(reported = true);
+  }
+  // A folder that cannot be read shows when it cannot be removed.
+  bool Unreadable(const vp::OpenFolder& folder, const std::u16string& name, const MString& shown) override {
+    return Left(folder, name, shown);
+  }
+  bool Left(const vp::OpenFolder& folder, const std::u16string& name, const MString& shown) override {
+    if (folder.RemoveFolder(name) == 0) return true;
+    ReportFolder(shown);
+    return !(reported = true);
+  }
+  bool reported = false;
+};
 
 // Tells the user that `path` stays; false.
 bool Warn(const MString& path) {
@@ -162,28 +225,23 @@ bool Warn(const MString& path) {
   return false;
 }
 
-// Removes every file under the open `folder`, going on past failures, each
-// reported; links are removed, never followed. False when anything stays.
-bool RemoveFilesUnder(const vp::OpenFolder& folder, const MString& shown) {
-  std::vector<std::u16string> names;
-  if (!SortedNames(folder, &names)) return Warn(shown);
-  bool all = true;
-  for (const std::u16string& name : names) {
-    MString entry = shown + FromUnits(name);
-    vp::PathKind kind;
-    if (folder.Inspect(name, &kind) == 0 && kind.folder && !kind.link) {
-      vp::OpenFolder child(folder, name);
-      if (child.Error() != 0) {
-        all = Warn(entry);
-      } else if (!RemoveFilesUnder(child, entry + MString(u"/"_u16))) {
-        all = false;
-      }
-    } else if (folder.RemoveFile(name) != 0) {
-      all = Warn(entry);
-    }
+// Removes the files, going on past failures, each reported; folders stay.
+class RemoveFiles : public TreeVisitor {
+ public:
+  bool File(const vp::OpenFolder& folder, const std::u16string& name, const MString& shown) override {
+    if (folder.RemoveFile(name) != 0) all = Warn(shown);
+    return true;
   }
-  return all;
-}
+  bool Unreadable(const vp::OpenFolder&, const std::u16string&, const MString& shown) override {
+    all = Warn(shown);
+    return true;
+  }
+  bool Left(const vp::OpenFolder&, const std::u16string&, const MString&) override { return true; }
+  bool all = true;
+};
+
+// The path as shown with a separator behind it.
+MString Shown(const MString& bare) { return bare == MString(u"/"_u16) ? bare : bare + MString(u"/"_u16); }
 
 }  // namespace
 
@@ -205,10 +263,10 @@ int DeleteDirectory(const unsigned short* path) {
     return -1;
   }
   if (!kind.folder) return 0;
-  {
-    vp::OpenFolder folder(bare);
-    MString shown = bare == MString(u"/"_u16) ? bare : bare + MString(u"/"_u16);
-    if (folder.Error() == 0 && RemoveContents(folder, shown) != 0) return -1;
+  RemoveAll removal;
+  if (WalkTree(bare, Shown(bare), removal) == 0) {
+    if (!removal.reported) ReportFolder(bare);
+    return -1;
   }
   if (vp::RemoveFolder(bare) != 0) {
     ReportFolder(bare);
@@ -230,9 +288,10 @@ bool UFileUtils::DeleteAllFilesUnderDir(const unsigned short* path) {
   // The folder named is entered even through a link; the links inside are
   // removed, never followed. A file named is the one file.
   if (!kind.folder) return vp::RemoveFile(bare) == 0 || Warn(bare);
-  vp::OpenFolder folder(bare);
-  MString shown = bare == MString(u"/"_u16) ? bare : bare + MString(u"/"_u16);
-  return RemoveFilesUnder(folder, shown);
+  RemoveFiles removal;
+  int walked = WalkTree(bare, Shown(bare), removal);
+  if (walked <= 0) return Warn(bare);
+  return removal.all;
 }
 
 bool UFileUtils::DeleteDir(unsigned short* path) { return DeleteDir(static_cast<const unsigned short*>(path)); }

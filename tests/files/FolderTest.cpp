@@ -5,6 +5,7 @@
 #include <VantoroBasicUtils/files/UFileUtils.h>
 #include <VantoroBasicUtils/text/MStringList.h>
 
+#include <sys/resource.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
@@ -139,11 +140,20 @@ TEST(Folders, DeletesStayInsideTheTreeAndReachAllOfIt) {
   EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s/c")));
   EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s/link"))) << "a link inside goes as a link";
   EXPECT_EQ(ReadAll(dir.Bytes("outside/keep")), "keep");
-  // Deeper than the system's path limit.
+  // Deeper than the system's path limit, with fewer descriptors to spare than levels.
   std::filesystem::create_directories(dir.Bytes("odd"));
   MakeDeepTree(dir.Bytes("odd"), 25);
-  EXPECT_TRUE(UFileUtils::DeleteAllFilesUnderDir(dir.Path("odd")));
-  EXPECT_EQ(DeleteDirectory(dir.Path("odd")), 0);
+  auto open = std::filesystem::directory_iterator("/proc/self/fd");
+  rlimit limit{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  rlimit few = limit;
+  few.rlim_cur = static_cast<rlim_t>(std::distance(begin(open), end(open)) + 8);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  bool filesGone = UFileUtils::DeleteAllFilesUnderDir(dir.Path("odd"));
+  int treeGone = DeleteDirectory(dir.Path("odd"));
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+  EXPECT_TRUE(filesGone);
+  EXPECT_EQ(treeGone, 0);
   EXPECT_FALSE(std::filesystem::exists(dir.Bytes("odd")));
   EXPECT_TRUE(hearing.messages.empty());
 }
