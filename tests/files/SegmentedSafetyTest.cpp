@@ -2,6 +2,7 @@
 // run against a model (SegmentedModelTest.cpp) does not reach: a cut info
 // file, names in use by other files, lines the info file cannot hold, and
 // deleting or making anew a segmented file.
+#include <VantoroBasicUtils/files/CFileQuery.h>
 #include <VantoroBasicUtils/files/MFiles.h>
 
 #include <gtest/gtest.h>
@@ -75,6 +76,20 @@ TEST(SegmentedSafety, WhatTheInfoFileCannotHoldIsNeverWritten) {
   MakeSegmented(MString(u"#1.vob"_u16), data, 1000);
   EXPECT_EQ(ReadAll(dir.Bytes("#1.vob")), "# Brevander c_files \r\n./#1.vob.cfx.0\r\n./#1.vob.cfx.1\r\n");
   EXPECT_EQ(ReadLogical(MString(u"#1.vob"_u16)), data);
+  // A name that is not UTF-8, as a query lists it: its lines are its own bytes.
+  WriteAll(dir.Bytes("bad\xFF.vob"), "");
+  MString here = dir.Path("");
+  CFileQuery listed(here);
+  MString* odd = nullptr;
+  for (unsigned long i = 1; i <= listed.GetCount(); ++i) {
+    MString* path = nullptr;
+    listed.FetchItemAt(static_cast<long>(i), &path);
+    if (path->GetLength() > 5 && (*path)[path->GetLength() - 5] == 0xDCFF) odd = path;  // the byte 0xFF
+  }
+  ASSERT_NE(odd, nullptr);
+  MakeSegmented(*odd, data, 1000);
+  EXPECT_EQ(ReadLogical(*odd), data);
+  EXPECT_NE(ReadAll(dir.Bytes("bad\xFF.vob")).find("/bad\xFF.vob.cfx.1\r\n"), std::string::npos);
   MFiles broken;
   MString lineEnd = dir.Path("a\nb.vob");
   ASSERT_EQ(broken.FOpen(lineEnd, MFile::file_create_binary), 0);
