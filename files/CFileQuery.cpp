@@ -21,7 +21,7 @@ using Walked = std::set<std::pair<uint64_t, uint64_t>>;
 
 }  // namespace
 
-CFileQuery::CFileQuery(MStringList* dropped) : mWalked(nullptr), mFollowLinks(true) {
+CFileQuery::CFileQuery(MStringList* dropped) : mWalked(nullptr) {
   Walked walked;
   mWalked = &walked;
   if (dropped) {
@@ -34,12 +34,15 @@ CFileQuery::CFileQuery(MStringList* dropped) : mWalked(nullptr), mFollowLinks(tr
   mWalked = nullptr;
 }
 
-CFileQuery::CFileQuery(unsigned short* path) : CFileQuery(path, true) {}
+CFileQuery::CFileQuery(unsigned short* path) : CFileQuery(static_cast<const unsigned short*>(path)) {}
 
-CFileQuery::CFileQuery(unsigned short* path, bool followLinks) : mWalked(nullptr), mFollowLinks(followLinks) {
+CFileQuery::CFileQuery(const unsigned short* path) : mWalked(nullptr) {
   Walked walked;
   mWalked = &walked;
-  if (path && path[0]) ProcessFileName(path);
+  if (path && path[0]) {
+    MString own(path);
+    ProcessFileName(own);
+  }
   mWalked = nullptr;
 }
 
@@ -64,14 +67,24 @@ void CFileQuery::ProcessFileName(unsigned short* path) {
 bool CFileQuery::IsDir(unsigned short* path) {
   vp::PathKind kind;
   if (vp::InspectPath(path, &kind) != 0) return true;
-  return kind.folder && (mFollowLinks || !kind.link);
+  return kind.folder;
 }
 
 void CFileQuery::ProcessDirectory(unsigned short* path) {
   vp::PathKind kind;
   if (vp::InspectPath(path, &kind) != 0) return;
+  // Only a folder that is walking already (an ancestor, reached again
+  // through a link) is passed over: that is a cycle. A folder reached twice
+  // side by side is listed twice, as a file is.
   auto* walked = static_cast<Walked*>(mWalked);
   if (walked && !walked->insert({kind.device, kind.node}).second) return;
+  struct Leave {
+    Walked* walked;
+    std::pair<uint64_t, uint64_t> folder;
+    ~Leave() {
+      if (walked) walked->erase(folder);
+    }
+  } leave{walked, {kind.device, kind.node}};
   std::vector<std::u16string> names;
   {
     vp::FolderEntries entries(path);

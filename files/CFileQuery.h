@@ -2,9 +2,9 @@
 // the files meant: every folder is walked and replaced by the files under
 // it, at any depth, and never listed itself. The list is the object: an
 // LList of MString*, owned. Order: as given and, within a folder, by name,
-// a subfolder's files standing where the subfolder is. A folder reached a
-// second time (through a symbolic link) is not walked again, so a cycle of
-// links ends.
+// a subfolder's files standing where the subfolder is. A folder reached
+// again inside its own walk (through a symbolic link) is not walked again,
+// so a cycle of links ends; a folder given twice is listed twice.
 //
 //   MString folder(u"/media/in"_u16);
 //   CFileQuery files(folder);
@@ -25,6 +25,7 @@ class VBU_API CFileQuery : public LList {
   // The files of the paths dropped, in the order of the drop; empty names are skipped.
   explicit CFileQuery(MStringList* dropped);
   // The files of one path: a file, or a folder walked.
+  explicit CFileQuery(const unsigned short* path);
   explicit CFileQuery(unsigned short* path);
   // Two queries on one list would delete its strings twice.
   CFileQuery(const CFileQuery&) = delete;
@@ -43,11 +44,5 @@ class VBU_API CFileQuery : public LList {
   void ProcessFile(unsigned short* path);
 
  private:
-  friend class UFileUtils;
-  // The files under `path`, a link to a folder listed as the link itself:
-  // what may be removed without reaching outside the tree.
-  CFileQuery(unsigned short* path, bool followLinks);
-
-  void* mWalked;      // the folders walked so far, while the constructor runs
-  bool mFollowLinks;  // links to folders are walked
+  void* mWalked;  // the folders being walked, while the constructor runs
 };

@@ -33,7 +33,17 @@ CScriptFile::~CScriptFile() {
 }
 
 int CScriptFile::OpenForParse(const unsigned short* path) {
-  mWorkingPath = path ? path : u""_u16;
+  MString next = path ? MString(path) : MString();
+  // A second parse takes the place of the first: its file is closed and,
+  // being a working file, removed; the scanner starts afresh.
+  FClose();
+  if (mWorkingPath.GetLength() != 0 && mWorkingPath != next) vp::RemoveFile(mWorkingPath);
+  mCursor = nullptr;
+  mTokenPosition = nullptr;
+  mLineNumber = 0;
+  mCurrentLine = MString();
+  mTokenLine = MString();
+  mWorkingPath = next;
   MFileSpecWin spec(mWorkingPath);
   if (FOpen(spec, file_read_text) == 0) return 1;
   MString text;
@@ -119,14 +129,11 @@ int CScriptFile::GetToken(MString* token, const unsigned short* delimiters, MStr
   auto isComment = [](const unsigned short* t) { return t[0] == '/' && t[1] == '/'; };
   unsigned short* found = mTokenPosition ? vbu::wtext::Tokenize(nullptr, delimiters, &mTokenPosition) : nullptr;
   while (!found || isComment(found)) {
-    std::unique_ptr<unsigned short[]> line(new unsigned short[kMaxLineBytes + 1]);
-    if (FGetts(line.get(), (kMaxLineBytes + 1) / 2) != 0) return -1;
-    mTokenLine = line.get();
-    mCurrentLine = mTokenLine;
-    if (mCurrentLine.GetLength() > 0) mCurrentLine.Cut(0, mCurrentLine.GetLength() - 1);
-    // The character scanner's place was in the line replaced.
+    if (ReadLine() != 1) return -1;
+    mTokenLine = mCurrentLine;
+    // The character scanner's place was in the line cut here.
     mCursor = nullptr;
-    ++mLineNumber;
+    if (mCurrentLine.GetLength() > 0) mCurrentLine.Cut(0, mCurrentLine.GetLength() - 1);
     found = vbu::wtext::Tokenize(mTokenLine, delimiters, &mTokenPosition);
   }
   *token = found;

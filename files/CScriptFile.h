@@ -51,7 +51,8 @@ class VBU_API CScriptFile : public MFileUniv {
   CScriptFile& operator=(const CScriptFile&) = delete;
 
   // Opens `path` to read as text and makes it the working file, which the
-  // destructor deletes: 1, or 0 (the path stays the working file).
+  // destructor deletes: 1, or 0 (the path stays the working file). A file
+  // parsed before is closed, and its working file removed, first.
   int OpenForParse(const unsigned short* path);
   // Steps over white space, `extra` characters and comments: 1, standing on
   // the first other character, or -1 at the end.

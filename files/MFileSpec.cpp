@@ -54,6 +54,10 @@ bool MFileSpecWin::operator!=(const MFileSpecWin& other) const { return !(*this 
 bool MFileSpecWin::IsOnReadOnlyDrive() { return IsFileOnReadOnlyDrive(mPath); }
 
 MString MFileSpecWin::GetDirectory(unsigned short* path) {
+  return GetDirectory(static_cast<const unsigned short*>(path));
+}
+
+MString MFileSpecWin::GetDirectory(const unsigned short* path) {
   if (!path) return MString();
   const unsigned short* last = vbu::wtext::FindLast(path, kPathSeparator);
   if (!last) return MString(path);

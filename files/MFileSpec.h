@@ -60,6 +60,7 @@ class VBU_API MFileSpecWin : public MFileSpec {
   bool IsOnReadOnlyDrive();
 
   // The path up to and including its last separator; a path without one comes back whole.
+  static MString GetDirectory(const unsigned short* path);
   static MString GetDirectory(unsigned short* path);
   // True when the volume of `root` cannot be written: it does not exist, is
   // optical or read-only (unless `skipDriveType`), cannot be asked, or has

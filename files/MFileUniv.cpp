@@ -6,6 +6,7 @@
 #include <memory>
 #include <new>
 
+#include "files/OpenModesInternal.h"
 #include "messaging/CMessageAction.h"
 #include "platform/internal/AsyncIO.h"
 #include "platform/internal/CodePage.h"
@@ -19,41 +20,6 @@ using namespace vbu::literals;
 namespace vp = vbu::platform;
 
 namespace {
-
-// How each stdio mode opens: descriptor flags, stream mode, position at the end.
-struct StdioMode {
-  unsigned flags;
-  const char* stream;
-  bool atEnd;
-};
-
-constexpr unsigned kCreateEmpty = vp::kDescriptorReadWrite | vp::kDescriptorCreate | vp::kDescriptorTruncate;
-constexpr unsigned kKeepOrCreate = vp::kDescriptorReadWrite | vp::kDescriptorCreate;
-
-constexpr StdioMode kStdioModes[] = {
-    {vp::kDescriptorRead | vp::kDescriptorText, "r", false},  // file_read_text
-    {vp::kDescriptorRead, "r", false},                        // file_read_binary
-    {kCreateEmpty, "w", false},                               // file_create_binary
-    {kCreateEmpty, "w", false},                               // file_create_update_binary
-    {kCreateEmpty | vp::kDescriptorText, "w", false},         // file_create_text
-    {kKeepOrCreate, "w", true},                               // file_append_binary
-    {kKeepOrCreate, "w", true},                               // file_append_update_binary
-    {kKeepOrCreate | vp::kDescriptorText, "r+", false},       // file_update_text
-    {kKeepOrCreate | vp::kDescriptorText, "w", true},         // file_append_text
-    {kKeepOrCreate, "r+", false},                             // file_update_binary
-};
-
-struct OverlappedMode {
-  vp::HandleAccess access;
-  vp::HandleDisposition disposition;
-};
-
-constexpr OverlappedMode kOverlappedModes[] = {
-    {vp::HandleAccess::kWrite, vp::HandleDisposition::kCreateAlways},     // file_overlapped_create
-    {vp::HandleAccess::kWrite, vp::HandleDisposition::kOpenAlways},       // file_overlapped_write
-    {vp::HandleAccess::kRead, vp::HandleDisposition::kOpenExisting},      // file_overlapped_read
-    {vp::HandleAccess::kReadWrite, vp::HandleDisposition::kOpenExisting}, // file_overlapped_update
-};
 
 // A fresh record for a transfer at `offset` that signals `event`.
 void PrepareRecord(OVERLAPPED* overlapped, long long offset, void* event) {
@@ -112,34 +78,45 @@ int MFileUniv::FOpen(const unsigned short* path, file_open_t mode) {
   return FOpen(mode);
 }
 
-int MFileUniv::FOpen(file_open_t mode) {
+int MFileUniv::FOpen(file_open_t mode) { return OpenAs(mode, true); }
+
+int MFileUniv::OpenAs(file_open_t mode, bool mayCreate) {
   const unsigned short* path = GetFileSpec().GetFilePath();
-  if (mode < file_read_text || mode > file_overlapped_update || mode == file_unsupported) return -1;
-  if (mode >= file_overlapped_create) {
-    const OverlappedMode& row = kOverlappedModes[mode - file_overlapped_create];
+  const vbu::files::OpenMode* row = vbu::files::OpenModeOf(mode);
+  if (!row) return -1;
+  const bool creates = row->creates && mayCreate;
+  if (row->overlapped) {
+    const vp::HandleAccess access = row->reads && row->writes ? vp::HandleAccess::kReadWrite
+                                    : row->writes             ? vp::HandleAccess::kWrite
+                                                              : vp::HandleAccess::kRead;
+    const vp::HandleDisposition disposition = creates && row->truncates ? vp::HandleDisposition::kCreateAlways
+                                              : creates                 ? vp::HandleDisposition::kOpenAlways
+                                                                        : vp::HandleDisposition::kOpenExisting;
     mOverlapped = true;
-    uint32_t error = vp::OpenHandle(path, row.access, row.disposition, {.unbuffered = true}, &mHandle);
+    uint32_t error = vp::OpenHandle(path, access, disposition, {.unbuffered = true}, &mHandle);
     // A failed open leaves the object closed, on neither route.
     if (mHandle == -1) mOverlapped = false;
     return vp::ReportError(error);
   }
-  const StdioMode& row = kStdioModes[mode];
+  const unsigned flags = (row->writes ? vp::kDescriptorReadWrite : vp::kDescriptorRead) |
+                         (creates ? vp::kDescriptorCreate : 0u) | (row->truncates ? vp::kDescriptorTruncate : 0u) |
+                         (row->text ? vp::kDescriptorText : 0u);
   int fd = -1;
-  if (uint32_t error = vp::OpenDescriptor(path, row.flags, &fd)) return vp::ReportError(error);
+  if (uint32_t error = vp::OpenDescriptor(path, flags, &fd)) return vp::ReportError(error);
   void* stream = nullptr;
-  if (uint32_t error = vp::OpenStream(fd, row.stream, &stream)) {
+  if (uint32_t error = vp::OpenStream(fd, row->stream, &stream)) {
     vp::CloseDescriptor(fd);
     return vp::ReportError(error);
   }
   // An append that does not stand at the end would write over the file.
-  if (uint32_t error = vp::SeekDescriptor(fd, 0, row.atEnd ? file_seek_end : file_seek_begin)) {
+  if (uint32_t error = vp::SeekDescriptor(fd, 0, row->atEnd ? file_seek_end : file_seek_begin)) {
     vp::CloseStream(stream);
     return vp::ReportError(error);
   }
   mStream = stream;
   mDescriptor = fd;
   // A file opened to be written is made writable for its owner; nobody loses access.
-  if (mode != file_read_text && mode != file_read_binary) vp::AddOwnerReadWrite(path);
+  if (row->writes) vp::AddOwnerReadWrite(path);
   return 0;
 }
 

@@ -121,6 +121,7 @@ class VBU_API MFileUniv : public MFile {
   // or cancellation (`cancelled` is read once a pass), -1 on failure, or an
   // error code when the source's size cannot be had. `reserved` and
   // `reservedTwo` are not used.
+  long ConcatFile(const unsigned short* path, long reserved, bool& cancelled, long reservedTwo);
   long ConcatFile(unsigned short* path, long reserved, bool& cancelled, long reservedTwo);
   // Appends `count` bytes (at most one buffer), padded alike; 0 or -1.
   long ConcatBufferSynchronously(char* buffer, long count);
@@ -135,11 +136,15 @@ class VBU_API MFileUniv : public MFile {
   bool IsOverlapped() const { return mOverlapped; }
 
  private:
+  friend class MFiles;
+  // Opens as FOpen(mode) does; with `mayCreate` false the file must exist.
+  int OpenAs(file_open_t mode, bool mayCreate);
+
   void ConcatCleanup(ConcatInfo* info);
   uint32_t ConcatWaitOperation(ConcatInfo* info, ConcatCallbackInfo* record);
   void ConcatWriteBuffer(ConcatInfo* info);
   void ConcatReadBuffer(ConcatInfo* info, ConcatCallbackInfo* record);
-  long ConcatOpenSourceFile(ConcatInfo* info, unsigned short* path);
+  long ConcatOpenSourceFile(ConcatInfo* info, const unsigned short* path);
   void ConcatCloseSourceFile(ConcatInfo* info);
   uint64_t ConcatSetSourceInfo(ConcatInfo* info);
   void ConcatUpdateOverlap(ConcatCallbackInfo* record, unsigned long bytes);

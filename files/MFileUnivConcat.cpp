@@ -327,7 +327,11 @@ class MFileUniv::ConcatPipeline {
   bool mStopping = false;          // a write failed, or the cancellation: start nothing more
 };
 
-long MFileUniv::ConcatFile(unsigned short* path, long /*reserved*/, bool& cancelled, long /*reservedTwo*/) {
+long MFileUniv::ConcatFile(unsigned short* path, long reserved, bool& cancelled, long reservedTwo) {
+  return ConcatFile(static_cast<const unsigned short*>(path), reserved, cancelled, reservedTwo);
+}
+
+long MFileUniv::ConcatFile(const unsigned short* path, long /*reserved*/, bool& cancelled, long /*reservedTwo*/) {
   ConcatInfo* info = &mConcatInfo;
   if (!info->mBufferOne || !info->mBufferTwo || !EventOf(&info->mWriteInfo)) return -1;  // no run started
   long result = -1;
@@ -415,7 +419,7 @@ uint32_t MFileUniv::ConcatStart(ConcatInfo* info, ConcatCallbackInfo* record, bo
   return error;
 }
 
-long MFileUniv::ConcatOpenSourceFile(ConcatInfo* info, unsigned short* path) {
+long MFileUniv::ConcatOpenSourceFile(ConcatInfo* info, const unsigned short* path) {
   // The source goes through the system cache, unlike the destination.
   return vp::ReportError(vp::OpenHandle(path, vp::HandleAccess::kRead, vp::HandleDisposition::kOpenExisting,
                                         {.sequential = true}, &info->mSource));

@@ -1,21 +1,33 @@
-// The segmented file. The rule that keeps it safe: a segment is made (empty
-// or zero-filled) before its line goes into the info file, and its line is
-// in the info file before any data goes into it; the info file itself only
-// ever grows by whole lines, or is replaced in one rename.
+// The segmented file. The rules that keep it safe: a segment is made before
+// its line goes into the info file, and its line is in the info file before
+// any data goes into it; the info file itself only ever grows by whole
+// lines, or is replaced in one rename; lines leave the info file before
+// their segments are removed. A segment is never made anew once listed, a
+// name in use on disk is never taken, and an object opened to read changes
+// nothing on disk.
 #include "files/MFiles.h"
 
+#include <algorithm>
+#include <cstring>
 #include <memory>
+#include <string>
+#include <vector>
 
+#include "files/OpenModesInternal.h"
 #include "files/PathTails.h"
-#include "platform/internal/Errors.h"
-#include "platform/internal/FileSystem.h"
-#include "platform/internal/WideText.h"
 #include "platform/internal/Directory.h"
+#include "platform/internal/Errors.h"
+#include "platform/internal/File.h"
+#include "platform/internal/FileSystem.h"
+#include "platform/internal/PathBytes.h"
+#include "platform/internal/WideText.h"
 #include "text/MStringList.h"
 #include "text/PathText.h"
 
 using namespace vbu::literals;
 namespace vp = vbu::platform;
+using vbu::files::OpenMode;
+using vbu::files::OpenModeOf;
 
 const unsigned short MFiles::kInfoHeader[] = {'#', ' ', 'B', 'r', 'e', 'v', 'a', 'n', 'd', 'e', 'r', ' ', 'c',
                                               '_', 'f', 'i', 'l', 'e', 's', ' ', 0};
@@ -26,11 +38,8 @@ namespace {
 // A reader compares this much of the first line.
 constexpr int kHeaderCompared = 19;
 constexpr long long kNoLimit = 0x3FFFFFFFFFFFFFFFLL;
-
-bool Truncates(MFile::file_open_t mode) {
-  return mode == MFile::file_create_binary || mode == MFile::file_create_update_binary ||
-         mode == MFile::file_create_text || mode == MFile::file_overlapped_create;
-}
+// Free names tried beside a name in use.
+constexpr int kNameTries = 1000;
 
 // "path.cfx.N".
 MString SegmentName(const unsigned short* path, int number) {
@@ -50,7 +59,7 @@ bool StartsWithHeader(const unsigned short* line) {
   return vbu::wtext::CompareN(line, MFiles::kInfoHeader, kHeaderCompared) == 0;
 }
 
-// True when the last FGetts of a reader stopped at the end of its file,
+// True when the last line read of a reader stopped at the end of its file,
 // not at a failure.
 bool EndedAtTheEnd() { return GetLastError() == kErrorHandleEof; }
 
@@ -64,16 +73,27 @@ int ReadHeader(MFileUniv& reader) {
   return StartsWithHeader(line) ? 1 : 0;
 }
 
-// Writes a whole info file: the header and one line for each path. 0 or -1.
-int WriteInfoFile(const unsigned short* path, MStringList& lines) {
+// The line of the info file that names `path`: the path's own bytes, as
+// the system names the file, and a line end. A path that begins with '#'
+// would read as a comment and is written from "./"; a path that holds a
+// line end, or is longer than a reader takes, cannot be written: false.
+bool InfoLine(const unsigned short* path, std::string* line) {
+  vp::PathBytes bytes(path);
+  if (!bytes.Ok()) return false;
+  std::string text(bytes.Get(), bytes.Size());
+  if (text.find_first_of("\r\n") != std::string::npos) return false;
+  if (text[0] == '#') text = "./" + text;
+  if (text.size() > static_cast<std::size_t>(MFiles::kMaxPathLength)) return false;
+  *line = text + "\n";
+  return true;
+}
+
+// Writes a whole info file: the header and the lines. 0 or -1.
+int WriteInfoFile(const unsigned short* path, const std::vector<std::string>& lines) {
   MFileUniv file;
   if (file.FOpen(path, MFile::file_create_text) != 0) return -1;
-  MString header(MFiles::kInfoHeader);
-  header += u"\n"_u16;
-  bool ok = file.FPutts(header) >= 0;
-  for (MString* line = lines.GetHead(); ok && line; line = lines.GetNext()) {
-    ok = file.FPutts(*line + MString(u"\n"_u16)) >= 0;
-  }
+  bool ok = file.FPutts(MString(MFiles::kInfoHeader) + MString(u"\n"_u16)) >= 0;
+  for (std::size_t i = 0; ok && i < lines.size(); ++i) ok = file.FPuts(lines[i].c_str()) >= 0;
   // The close flushes the stream: only then are the lines on disk.
   return file.FClose() == 0 && ok ? 0 : -1;
 }
@@ -86,12 +106,26 @@ int CutFile(const unsigned short* path, long long size) {
   return file.FClose() == 0 && ok ? 0 : -1;
 }
 
-// Makes `path` a new file of `length` bytes, emptied first; 0 or -1.
-int MakeFile(const unsigned short* path, long long length) {
-  MFileUniv file;
-  if (file.FOpen(path, MFile::file_create_binary) != 0) return -1;
-  bool ok = length == 0 || (file.FSeek64(length, MFile::file_seek_begin) == length && file.FSetEndOfFile() == 0);
-  return file.FClose() == 0 && ok ? 0 : -1;
+// True when `path` names anything on disk, or cannot be asked.
+bool TakenOnDisk(const unsigned short* path) {
+  vp::PathKind kind;
+  uint32_t error = vp::InspectPath(path, &kind);
+  return error == 0 || !vp::IsNotFound(error);
+}
+
+// Makes the new file `path` of `length` bytes (zeros); a file of that name
+// is never touched: 1 when the name is taken, 0 when made, -1 on failure.
+int MakeNewFile(const unsigned short* path, long long length) {
+  int fd = -1;
+  uint32_t error = vp::OpenDescriptor(path, vp::kDescriptorReadWrite | vp::kDescriptorCreate | vp::kDescriptorExclusive, &fd);
+  if (error != 0) return TakenOnDisk(path) ? 1 : -1;
+  bool ok = length == 0 ||
+            (vp::SeekDescriptor(fd, length, MFile::file_seek_begin) == 0 && vp::EndFileAtPosition(fd) == 0);
+  ok = vp::CloseDescriptor(fd) == 0 && ok;
+  vp::AddOwnerReadWrite(path);
+  if (ok) return 0;
+  vp::RemoveFile(path);
+  return -1;
 }
 
 // Places the open segment's position at `offset`, having made the segment
@@ -105,6 +139,48 @@ bool PlaceInSegment(MFileUniv& file, long long offset, bool grow) {
 long long SizeOf(const unsigned short* path) {
   _stati64 info;
   return vp::StatPath(path, &info) == 0 ? info.st_size : -1;
+}
+
+// Reads what the file `spec` lists: itself for a plain file or a name that
+// is not there, the path lines of an info file. 1 for an info file, 0 for a
+// plain one, -1 when it cannot be read or lists too much.
+int ReadList(MFileSpecWin& spec, std::vector<MString>* paths) {
+  paths->clear();
+  _stati64 status;
+  uint32_t missing = vp::StatPath(spec.GetFilePath(), &status);
+  // Only a name that is not there is a new plain file: a file that cannot be
+  // asked might be an info file.
+  if (missing != 0 && !vp::IsNotFound(missing)) return -1;
+  if (missing != 0) {
+    paths->push_back(spec.GetFilePath());
+    return 0;
+  }
+  MFileUniv reader;
+  if (reader.FOpen(spec, MFile::file_read_text) != 0) return -1;
+  int header = ReadHeader(reader);
+  if (header <= 0) {
+    if (header == 0) paths->push_back(spec.GetFilePath());
+    return header;
+  }
+  // Room for the longest path, its line end and the terminator.
+  std::vector<char> line(MFiles::kMaxPathLength + 3);
+  bool unterminated = false;
+  while (reader.FGets(line.data(), static_cast<int>(line.size())) == 0) {
+    // A line that did not end in the buffer has gone on in this one.
+    if (unterminated) return -1;
+    std::size_t length = std::strlen(line.data());
+    if (length > 0 && line[length - 1] == '\n') {
+      --length;
+    } else {
+      unterminated = true;
+    }
+    if (length == 0 || line[0] == '#') continue;
+    if (static_cast<int>(paths->size()) >= MFiles::kMaxSegments) return -1;
+    std::u16string text = vp::PathText(line.data(), length);
+    paths->push_back(MString(reinterpret_cast<const unsigned short*>(text.c_str())));
+  }
+  // A list cut short by a failure would open as a shorter file.
+  return EndedAtTheEnd() ? 1 : -1;
 }
 
 }  // namespace
@@ -133,23 +209,9 @@ void MFiles::DeleteAll() {
   mSegments.RemoveItemsAt(mSegments.GetCount(), 1);
 }
 
-MFile::file_open_t MFiles::ReopenMode() const {
-  switch (mOpenMode) {
-    case file_create_binary:
-    case file_create_update_binary:
-    case file_append_binary:
-    case file_append_update_binary:
-    case file_update_binary:
-      return file_update_binary;
-    case file_create_text:
-    case file_update_text:
-    case file_append_text:
-      return file_update_text;
-    case file_overlapped_create:
-      return file_overlapped_write;
-    default:
-      return mOpenMode;
-  }
+void MFiles::Append(const unsigned short* path) {
+  auto* item = new MFileSpecWin(path);
+  mSegments.InsertItemsAt(1, kLastIndex, &item);
 }
 
 // ---- opening and closing
@@ -166,103 +228,74 @@ int MFiles::FOpen(const unsigned short* path, file_open_t mode) {
 
 int MFiles::FOpen(file_open_t mode) {
   if (IsOpen()) FClose();
+  DeleteAll();
   mEndOffset = mCurrentSize = 0;
-  MFileSpecWin& spec = GetFileSpec();
-  LList found;
-  // The local list owns its copies until OpenList has taken its own.
-  struct Owner {
-    LList& list;
-    ~Owner() {
-      for (unsigned long i = 1; i <= list.GetCount(); ++i) {
-        MFileSpecWin* item = nullptr;
-        list.FetchItemAt(static_cast<long>(i), &item);
-        delete item;
-      }
-    }
-  } owner{found};
-  auto append = [&found](const unsigned short* path) {
-    auto* item = new MFileSpecWin(path);
-    found.InsertItemsAt(1, kLastIndex, &item);
-  };
-
   mInfoSpec = MFileSpecWin();
-  MFileUniv reader;
-  _stati64 status;
-  uint32_t missing = vp::StatPath(spec.GetFilePath(), &status);
-  // Only a name that is not there is a new plain file: a file that cannot be
-  // asked might be an info file.
-  if (missing != 0 && !vp::IsNotFound(missing)) return -1;
-  if (missing != 0) {
-    append(spec.GetFilePath());
-  } else {
-    if (reader.FOpen(spec, file_read_text) != 0) return -1;
-    int header = ReadHeader(reader);
-    if (header < 0) return -1;
-    if (header == 0) {
-      append(spec.GetFilePath());
-    } else {
-      mInfoSpec = spec;
-      std::unique_ptr<unsigned short[]> line(new unsigned short[2 * kMaxSegments]);
-      bool unterminated = false;
-      while (reader.FGetts(line.get(), kMaxSegments) == 0) {
-        // A line that did not end in the buffer has gone on in this one.
-        if (unterminated) return -1;
-        MString path(line.get());
-        int length = path.GetLength();
-        if (length > 0 && path[length - 1] == '\n') {
-          path.Cut(0, length - 1);
-        } else {
-          unterminated = true;
-        }
-        if (path.GetLength() == 0 || path[0] == '#') continue;
-        if (path.GetLength() > kMaxPathLength || static_cast<int>(found.GetCount()) >= kMaxSegments) return -1;
-        append(path);
-      }
-      // A list cut short by a failure would open as a shorter file.
-      if (!EndedAtTheEnd()) return -1;
-    }
-    reader.FClose();
-  }
-  return OpenList(found, mode);
+  std::vector<MString> paths;
+  int kind = ReadList(GetFileSpec(), &paths);
+  if (kind < 0) return -1;
+  if (kind == 1) mInfoSpec = GetFileSpec();
+  for (const MString& path : paths) Append(path);
+  return OpenSegments(mode);
 }
 
 int MFiles::FOpen(LList& specs, file_open_t mode) {
   if (IsOpen()) FClose();
+  DeleteAll();
   mEndOffset = mCurrentSize = 0;
   mInfoSpec = MFileSpecWin();
-  return OpenList(specs, mode);
-}
-
-int MFiles::OpenList(LList& specs, file_open_t mode) {
-  DeleteAll();
   for (unsigned long i = 1; i <= specs.GetCount(); ++i) {
     MFileSpecWin* spec = nullptr;
     specs.FetchItemAt(static_cast<long>(i), &spec);
-    if (!spec) continue;
-    auto* copy = new MFileSpecWin(*spec);
-    mSegments.InsertItemsAt(1, kLastIndex, &copy);
+    if (spec) Append(spec->GetFilePath());
   }
+  return OpenSegments(mode);
+}
+
+int MFiles::OpenSegments(file_open_t mode) {
   auto fail = [this] {
     CloseSegment();
     mCurrentIndex = -1;
     DeleteAll();
     return -1;
   };
-  if (GetCount() == 0) return fail();
-  if (mCurrentFile.FOpen(*SegmentAt(1), mode) != 0) return fail();
+  const OpenMode* row = OpenModeOf(mode);
+  if (!row || GetCount() == 0) return fail();
+  // A mode that makes the file anew makes it one empty segment.
+  if (row->truncates && !mInfoSpec.IsNull() && DropLaterSegments() != 0) return fail();
+  // A listed segment must be there; only a plain file may be made.
+  mCurrentFile.SetFileSpec(*SegmentAt(1));
+  if (mCurrentFile.OpenAs(mode, mInfoSpec.IsNull() || row->truncates) != 0) return fail();
   mSegmentOpen = true;
   mCurrentIndex = 1;
   mOpenMode = mode;
-  // A mode that empties the file empties all of it; the segments stay listed.
-  if (Truncates(mode)) {
+  // An explicit list has no info file to leave: its later segments are emptied.
+  if (row->truncates) {
     for (int i = 2; i <= GetCount(); ++i) {
       MString& path = SegmentAt(i)->GetFilePath();
       if (vp::PathExists(path) && CutFile(path, 0) != 0) return fail();
     }
   }
-  if ((mode == file_append_binary || mode == file_append_update_binary || mode == file_append_text) &&
-      FSeek64(0, file_seek_end) == -1) {
-    return fail();
+  if (row->atEnd && FSeek64(0, file_seek_end) == -1) return fail();
+  return 0;
+}
+
+int MFiles::DropLaterSegments() {
+  if (GetCount() <= 1) return 0;
+  std::vector<std::string> lines(1);
+  if (!InfoLine(SegmentAt(1)->GetFilePath(), &lines[0])) return -1;
+  MString info = mInfoSpec.GetFilePath();
+  MString pending = FreeName(PendingInfoName(info));
+  if (pending.GetLength() == 0 || WriteInfoFile(pending, lines) != 0 || vp::RenamePath(pending, info) != 0) {
+    vp::RemoveFile(pending);
+    return -1;
+  }
+  // Unlisted now: what is left of them on a failure is no part of the file.
+  while (GetCount() > 1) {
+    MFileSpecWin* spec = SegmentAt(GetCount());
+    vp::RemoveFile(spec->GetFilePath());
+    delete spec;
+    mSegments.RemoveItemsAt(1, GetCount());
   }
   return 0;
 }
@@ -275,13 +308,16 @@ int MFiles::FClose() {
   return result;
 }
 
-int MFiles::OpenSegment(int index, file_open_t mode) {
+int MFiles::MoveTo(int index) {
+  if (index == mCurrentIndex && mSegmentOpen) return 0;
   MFileSpecWin* spec = SegmentAt(index);
-  if (!spec) return -1;
+  const OpenMode* row = OpenModeOf(mOpenMode);
+  if (!spec || !row) return -1;
   if (CloseSegment() != 0) return -1;
-  if (mCurrentFile.FOpen(*spec, mode) != 0) return -1;
-  mSegmentOpen = true;
   mCurrentIndex = index;
+  mCurrentFile.SetFileSpec(*spec);
+  if (mCurrentFile.OpenAs(row->moveInto, false) != 0) return -1;
+  mSegmentOpen = true;
   return 0;
 }
 
@@ -293,6 +329,15 @@ int MFiles::CloseSegment() {
 }
 
 int MFiles::FDelete() {
+  if (!IsOpen()) {
+    // Closed: the list is read again from the info file, or is the plain file.
+    MFileSpecWin named = mInfoSpec.IsNull() ? GetFileSpec() : mInfoSpec;
+    std::vector<MString> paths;
+    DeleteAll();
+    int kind = named.IsNull() ? -1 : ReadList(named, &paths);
+    if (kind == 1) mInfoSpec = named;
+    for (const MString& path : paths) Append(path);
+  }
   CloseSegment();
   mCurrentIndex = -1;
   for (int i = 1; i <= GetCount(); ++i) MFileUniv::FDelete(SegmentAt(i)->GetFilePath());
@@ -304,7 +349,7 @@ int MFiles::FDelete() {
 // ---- transfers
 
 int MFiles::FRead(char* buffer, int count) {
-  if (!IsOpen()) return -1;
+  if (!IsOpen() || !mSegmentOpen) return -1;
   if (count <= 0) return 0;
   int done = 0;
   for (;;) {
@@ -315,29 +360,86 @@ int MFiles::FRead(char* buffer, int count) {
     // A short read may still leave bytes (text mode): only nothing ends the segment.
     if (got > 0) continue;
     if (mCurrentIndex >= GetCount()) return done;
-    if (OpenSegment(mCurrentIndex + 1, ReopenMode()) != 0) return -1;
+    if (MoveTo(mCurrentIndex + 1) != 0) return -1;
+  }
+}
+
+bool MFiles::NewSegmentsListable() {
+  std::string line;
+  MFileSpecWin* last = SegmentAt(GetCount());
+  if (!last) return false;
+  // An info file gone from its name (renamed behind the object's back)
+  // would be made anew with the new line alone: no segment is added then.
+  if (!mInfoSpec.IsNull()) {
+    return TakenOnDisk(mInfoSpec.GetFilePath()) && InfoLine(SegmentName(mInfoSpec.GetFilePath(), GetCount()), &line);
+  }
+  // The switch lists every segment, the first under its new name.
+  for (int i = 1; i < GetCount(); ++i) {
+    if (!InfoLine(SegmentAt(i)->GetFilePath(), &line)) return false;
+  }
+  return InfoLine(SegmentName(last->GetFilePath(), 0), &line) &&
+         InfoLine(SegmentName(last->GetFilePath(), GetCount()), &line);
+}
+
+int MFiles::PlanWrite(int count, bool* grows) {
+  *grows = false;
+  long long position = mCurrentFile.FSeek64(0, file_seek_current);
+  _stati64 info;
+  if (position < 0 || mCurrentFile.FStat(&info) != 0) return -1;
+  long long size = info.st_size;
+  long long left = count;
+  for (int index = mCurrentIndex;; ++index) {
+    if (index >= GetCount()) {
+      *grows = position + left > std::max(size, mMaxFileSize);
+      return 0;
+    }
+    // Bytes go no further than a segment's end, then on at the next one's start.
+    if (position > size) return -1;
+    left -= std::min(left, size - position);
+    if (left == 0) return 0;
+    position = 0;
+    size = SegmentSize(index + 1);
+    if (size < 0) return -1;
   }
 }
 
 int MFiles::FWrite(const char* buffer, int count) {
-  if (!IsOpen() || count < 0) return -1;
-  long long position = mCurrentFile.FSeek64(0, file_seek_current);
-  if (position < 0) return -1;
-  if (position + count <= mMaxFileSize) return mCurrentFile.FWrite(buffer, count);
-  // A segment already at or above the limit takes nothing more.
-  int first = position < mMaxFileSize ? static_cast<int>(mMaxFileSize - position) : 0;
-  if (first > 0) {
-    int written = mCurrentFile.FWrite(buffer, first);
-    if (written < 0) return written;
+  const OpenMode* row = OpenModeOf(mOpenMode);
+  if (!IsOpen() || !mSegmentOpen || count < 0 || !row || !row->writes || row->overlapped) return -1;
+  if (count == 0) return 0;
+  if (!buffer) return -1;
+  // Refused before a byte is written: a segment it would cross that is
+  // gone, a new segment whose name the info file cannot hold.
+  bool grows = false;
+  if (PlanWrite(count, &grows) != 0 || (grows && !NewSegmentsListable())) return -1;
+  int done = 0;
+  // A failure on the way gives a negative value, never a short count.
+  auto stop = [](int result) { return result < 0 ? result : -1; };
+  while (done < count) {
+    long long position = mCurrentFile.FSeek64(0, file_seek_current);
+    _stati64 info;
+    if (position < 0 || mCurrentFile.FStat(&info) != 0) return stop(-1);
+    const bool last = mCurrentIndex >= GetCount();
+    // An overwrite stays in its segment; only the last one grows, and only up to the limit.
+    const long long end = last ? std::max(static_cast<long long>(info.st_size), mMaxFileSize) : info.st_size;
+    if (position > end) {
+      if (!last) return stop(-1);
+      // Behind the limit: the seek makes the file that long first.
+      long long base = SegmentBase(mCurrentIndex);
+      if (base < 0 || FSeek64(base + position, file_seek_begin) != base + position) return stop(-1);
+      continue;
+    }
+    int piece = static_cast<int>(std::min<long long>(end - position, count - done));
+    if (piece > 0) {
+      int written = mCurrentFile.FWrite(buffer + done, piece);
+      if (written != piece) return stop(written);
+      done += written;
+      continue;
+    }
+    if (last && AppendSegment(0) != 0) return stop(-1);
+    if (MoveTo(mCurrentIndex + 1) != 0) return stop(-1);
   }
-  if (mCurrentIndex >= GetCount()) {
-    if (CloseSegment() != 0) return -1;
-    if (mInfoSpec.IsNull() && DoSwitchToInfoFile() != 0) return -1;
-    if (AppendSegment(0) != 0) return -1;
-  }
-  if (OpenSegment(mCurrentIndex + 1, ReopenMode()) != 0) return -1;
-  int rest = mCurrentFile.FWrite(buffer + first, count - first);
-  return rest < 0 ? rest : first + rest;
+  return done;
 }
 
 long long MFiles::SegmentSize(int index) const {
@@ -345,14 +447,30 @@ long long MFiles::SegmentSize(int index) const {
   return spec ? SizeOf(spec->GetFilePath()) : -1;
 }
 
+long long MFiles::SegmentBase(int index) const {
+  long long base = 0;
+  for (int i = 1; i < index; ++i) {
+    long long size = SegmentSize(i);
+    if (size < 0) return -1;
+    base += size;
+  }
+  return base;
+}
+
 long long MFiles::FSeek64(long long offset, file_seek_t origin) {
-  if (!IsOpen()) return -1;
+  const OpenMode* row = OpenModeOf(mOpenMode);
+  if (!IsOpen() || !row) return -1;
   if (origin != file_seek_begin && origin != file_seek_end) origin = file_seek_current;
-  if (origin == file_seek_current) return mCurrentFile.FSeek64(offset, file_seek_current);
   const int last = GetCount();
-  if (origin == file_seek_end) {
-    if (mCurrentIndex != last && OpenSegment(last, ReopenMode()) != 0) return -1;
-    return mCurrentFile.FSeek64(offset, file_seek_end);
+  if (origin != file_seek_begin) {
+    if (origin == file_seek_end && MoveTo(last) != 0) return -1;
+    if (!mSegmentOpen) return -1;
+    // A file opened to read cannot grow: no position behind its end.
+    if (!row->writes) {
+      long long from = origin == file_seek_end ? mCurrentFile.GetSize() : mCurrentFile.FTell64();
+      if (from < 0 || from + offset > mCurrentFile.GetSize()) return -1;
+    }
+    return mCurrentFile.FSeek64(offset, origin);
   }
   if (offset < 0) return -1;
   long long base = 0;
@@ -361,56 +479,54 @@ long long MFiles::FSeek64(long long offset, file_seek_t origin) {
     size = SegmentSize(i);
     if (size < 0) return -1;
     if (offset <= base + size) {
-      if (mCurrentIndex != i && OpenSegment(i, ReopenMode()) != 0) return -1;
+      if (MoveTo(i) != 0) return -1;
       return PlaceInSegment(mCurrentFile, offset - base, false) ? offset : -1;
     }
     if (i < last) base += size;
   }
+  if (!row->writes) return -1;
   // Behind the end: the last segment grows, up to the limit.
-  if (mCurrentIndex != last && OpenSegment(last, ReopenMode()) != 0) return -1;
-  if (offset <= base + mMaxFileSize) {
-    return PlaceInSegment(mCurrentFile, offset - base, true) ? offset : -1;
-  }
+  const bool needsSegments = offset > base + std::max(size, mMaxFileSize);
+  if (needsSegments && !NewSegmentsListable()) return -1;
+  if (MoveTo(last) != 0) return -1;
+  if (!needsSegments) return PlaceInSegment(mCurrentFile, offset - base, true) ? offset : -1;
   // Then whole new segments. A segment above the limit keeps its data.
   if (size < mMaxFileSize) {
     if (!PlaceInSegment(mCurrentFile, mMaxFileSize, true)) return -1;
     size = mMaxFileSize;
   }
-  if (mInfoSpec.IsNull()) {
-    if (CloseSegment() != 0 || DoSwitchToInfoFile() != 0) return -1;
-  }
   long long remaining = offset - base - size;
   long long length = 0;
   while (remaining > 0) {
-    length = remaining < mMaxFileSize ? remaining : mMaxFileSize;
+    length = std::min(remaining, mMaxFileSize);
     if (AppendSegment(length) != 0) return -1;
     remaining -= length;
   }
-  if (OpenSegment(GetCount(), ReopenMode()) != 0) return -1;
+  if (MoveTo(GetCount()) != 0) return -1;
   return PlaceInSegment(mCurrentFile, length, false) ? offset : -1;
 }
 
 long long MFiles::FTell64() { return IsOpen() ? mCurrentFile.FTell64() : -1; }
 
-int MFiles::FGets(char* buffer, int count) {
-  if (!IsOpen()) return -1;
-  int result = mCurrentFile.FGets(buffer, count);
+int MFiles::GetLine(void* buffer, int count, bool wide) {
+  if (!IsOpen() || !mSegmentOpen) return -1;
+  auto read = [&] {
+    return wide ? mCurrentFile.FGetts(static_cast<unsigned short*>(buffer), count)
+                : mCurrentFile.FGets(static_cast<char*>(buffer), count);
+  };
+  int result = read();
   if (result >= 0 || mCurrentIndex >= GetCount()) return result;
-  if (OpenSegment(mCurrentIndex + 1, ReopenMode()) != 0) return -1;
-  return mCurrentFile.FGets(buffer, count);
+  if (MoveTo(mCurrentIndex + 1) != 0) return -1;
+  return read();
 }
 
-int MFiles::FGetts(unsigned short* buffer, int count) {
-  if (!IsOpen()) return -1;
-  int result = mCurrentFile.FGetts(buffer, count);
-  if (result >= 0 || mCurrentIndex >= GetCount()) return result;
-  if (OpenSegment(mCurrentIndex + 1, ReopenMode()) != 0) return -1;
-  return mCurrentFile.FGetts(buffer, count);
-}
+int MFiles::FGets(char* buffer, int count) { return GetLine(buffer, count, false); }
 
-int MFiles::FPuts(const char* text) { return IsOpen() ? mCurrentFile.FPuts(text) : -1; }
+int MFiles::FGetts(unsigned short* buffer, int count) { return GetLine(buffer, count, true); }
 
-int MFiles::FPutts(const unsigned short* text) { return IsOpen() ? mCurrentFile.FPutts(text) : -1; }
+int MFiles::FPuts(const char* text) { return IsOpen() && mSegmentOpen ? mCurrentFile.FPuts(text) : -1; }
+
+int MFiles::FPutts(const unsigned short* text) { return IsOpen() && mSegmentOpen ? mCurrentFile.FPutts(text) : -1; }
 
 // ---- sizes
 
@@ -441,25 +557,49 @@ long long MFiles::GetSize() { return FGetFileSize(); }
 
 // ---- the info file
 
+MString MFiles::FreeName(const MString& wanted) const {
+  MString name = wanted;
+  auto listed = [this](const MString& path) {
+    for (int i = 1; i <= GetCount(); ++i) {
+      if (SegmentAt(i)->GetFilePath() == path) return true;
+    }
+    return false;
+  };
+  // A folder where every name looks taken (it cannot be searched) ends the
+  // search: no name, and the caller fails.
+  for (int counter = 1; TakenOnDisk(name) || listed(name); ++counter) {
+    if (counter > kNameTries) return MString();
+    name.Format(u"%s-%d"_u16, static_cast<const unsigned short*>(wanted), counter);
+  }
+  return name;
+}
+
 int MFiles::DoSwitchToInfoFile() {
   MFileSpecWin* segment = SegmentAt(GetCount());
   if (!segment) return -1;
   MString plain = segment->GetFilePath();
-  MString first = SegmentName(plain, 0);
-  MString pending = PendingInfoName(plain);
+  // The first segment's name is one that no file uses.
+  MString first = FreeName(SegmentName(plain, 0));
+  if (first.GetLength() == 0) return -1;
+  std::vector<std::string> lines(static_cast<std::size_t>(GetCount()));
+  for (int i = 1; i <= GetCount(); ++i) {
+    if (!InfoLine(i < GetCount() ? SegmentAt(i)->GetFilePath() : first, &lines[static_cast<std::size_t>(i - 1)])) {
+      return -1;
+    }
+  }
   // The new info file, whole, under a name of its own.
-  MStringList lines;
-  for (int i = 1; i < GetCount(); ++i) lines.Add(SegmentAt(i)->GetFilePath());
-  lines.Add(first);
+  MString pending = FreeName(PendingInfoName(plain));
+  if (pending.GetLength() == 0) return -1;
   if (WriteInfoFile(pending, lines) != 0) {
     vp::RemoveFile(pending);
     return -1;
   }
   // A second name for the data, then the info file takes the plain name in
   // one step: the data is reachable through the plain name at every moment.
-  vp::RemoveFile(first);
-  bool linked = vp::LinkPath(plain, first) == 0;
-  if (!linked && vp::RenamePath(plain, first) != 0) {
+  // A link never replaces a file; a rename would, so it goes only to a free name.
+  uint32_t linkError = vp::LinkPath(plain, first);
+  bool linked = linkError == 0;
+  if (!linked && (TakenOnDisk(first) || vp::RenamePath(plain, first) != 0)) {
     vp::RemoveFile(pending);
     return -1;
   }
@@ -478,29 +618,36 @@ int MFiles::DoSwitchToInfoFile() {
 }
 
 int MFiles::AppendSegment(long long length) {
-  if (mInfoSpec.IsNull() || GetCount() >= kMaxSegments) return -1;
-  MString name = SegmentName(mInfoSpec.GetFilePath(), GetCount());
-  // Not listed yet, so a file of this name is no part of the logical file.
-  if (MakeFile(name, length) != 0) return -1;
+  if (mInfoSpec.IsNull()) {
+    if (CloseSegment() != 0 || DoSwitchToInfoFile() != 0) return -1;
+  }
+  if (GetCount() >= kMaxSegments || !TakenOnDisk(mInfoSpec.GetFilePath())) return -1;
+  // Not listed yet, so the file made is no part of the logical file; a
+  // name that another file took in the meantime is passed over.
+  MString name;
+  for (int made = 1, tries = 0; made == 1; ++tries) {
+    name = FreeName(SegmentName(mInfoSpec.GetFilePath(), GetCount()));
+    made = name.GetLength() == 0 || tries > kNameTries ? -1 : MakeNewFile(name, length);
+    if (made < 0) return -1;
+  }
   MFileSpecWin spec(name);
   if (AddToInfoFile(spec) != 0) {
     vp::RemoveFile(name);
     return -1;
   }
-  auto* item = new MFileSpecWin(spec);
-  mSegments.InsertItemsAt(1, kLastIndex, &item);
+  Append(name);
   return 0;
 }
 
 int MFiles::CreateInfoFile(MFileSpecWin& spec) {
-  MStringList none;
-  if (WriteInfoFile(spec.GetFilePath(), none) != 0) return -1;
+  if (WriteInfoFile(spec.GetFilePath(), {}) != 0) return -1;
   mInfoSpec = spec;
   return 0;
 }
 
 int MFiles::AddToInfoFile(MFileSpecWin& spec) {
-  if (mInfoSpec.IsNull()) return -1;
+  std::string text;
+  if (mInfoSpec.IsNull() || !InfoLine(spec.GetFilePath(), &text)) return -1;
   MString& info = mInfoSpec.GetFilePath();
   // Opened (made if missing) first and asked for its size after: a file that
   // cannot be asked is never taken for a missing one and written anew.
@@ -511,9 +658,8 @@ int MFiles::AddToInfoFile(MFileSpecWin& spec) {
     file.FClose();
     return -1;
   }
-  MString line = spec.GetFilePath() + MString(u"\n"_u16);
-  if (status.st_size == 0) line = MString(kInfoHeader) + MString(u"\n"_u16) + line;
-  bool ok = file.FPutts(line) >= 0;
+  bool ok = status.st_size != 0 || file.FPutts(MString(kInfoHeader) + MString(u"\n"_u16)) >= 0;
+  ok = ok && file.FPuts(text.c_str()) >= 0;
   if (file.FClose() == 0 && ok) return 0;
   // A line that did not get there whole is taken off again.
   CutFile(info, status.st_size);
@@ -537,20 +683,22 @@ int MFiles::ChangeAllFilesDirectory(const unsigned short* directory) {
   if (folder.GetLength() == 0 || folder[folder.GetLength() - 1] != kPathSeparator) {
     folder += MString(u"/"_u16);
   }
-  MStringList lines;
+  std::vector<std::string> lines;
+  bool listable = true;
   for (int i = 1; i <= GetCount(); ++i) {
     MString& path = SegmentAt(i)->GetFilePath();
     const unsigned short* tail = path;
     // An absolute line keeps only its last name.
     if (path.GetLength() != 0 && path[0] == kPathSeparator) tail = vbu::wtext::FindLast(path, kPathSeparator) + 1;
-    lines.Add(folder + MString(tail));
+    lines.emplace_back();
+    listable = listable && InfoLine(folder + MString(tail), &lines.back());
   }
   FClose();
   DeleteAll();
   // An info file of no lines would lose the segments.
-  if (info.GetLength() == 0 || !directory || lines.GetSize() == 0) return -1;
-  MString pending = PendingInfoName(info);
-  if (WriteInfoFile(pending, lines) != 0 || vp::RenamePath(pending, info) != 0) {
+  if (info.GetLength() == 0 || !directory || lines.empty() || !listable) return -1;
+  MString pending = FreeName(PendingInfoName(info));
+  if (pending.GetLength() == 0 || WriteInfoFile(pending, lines) != 0 || vp::RenamePath(pending, info) != 0) {
     vp::RemoveFile(pending);
     return -1;
   }
@@ -579,7 +727,7 @@ uint32_t MFiles::FReadOverlapped(long long offset, char* buffer, long& count, OV
   if (!IsOpen()) return static_cast<uint32_t>(-1);
   // Moves on to the next segment; mEndOffset and mCurrentSize follow.
   auto forward = [this]() -> bool {
-    if (OpenSegment(mCurrentIndex + 1, ReopenMode()) != 0) return false;
+    if (MoveTo(mCurrentIndex + 1) != 0) return false;
     mCurrentSize = mCurrentFile.GetSize();
     mEndOffset += mCurrentSize;
     return mCurrentSize >= 0;
@@ -599,7 +747,7 @@ uint32_t MFiles::FReadOverlapped(long long offset, char* buffer, long& count, OV
     if (mCurrentIndex == 1) return static_cast<uint32_t>(-1);
     // Going back, the end becomes the start of the segment left.
     long long start = mEndOffset - mCurrentSize;
-    if (OpenSegment(mCurrentIndex - 1, ReopenMode()) != 0) return static_cast<uint32_t>(-1);
+    if (MoveTo(mCurrentIndex - 1) != 0) return static_cast<uint32_t>(-1);
     mCurrentSize = mCurrentFile.GetSize();
     if (mCurrentSize < 0) return static_cast<uint32_t>(-1);
     mEndOffset = start;

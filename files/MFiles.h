@@ -7,8 +7,11 @@
 // at a time, in an embedded MFileUniv.
 //
 // Nothing written is lost on the way: at every moment the info file on
-// disk lists every segment that holds data, and a segment that is part of
-// the file is never emptied by moving into it, whatever the open mode.
+// disk lists every segment that holds data; a segment that is part of the
+// file is never emptied by moving into it, whatever the open mode, and a
+// listed segment that is gone is an error, never made anew; a name that
+// another file uses on disk is never taken (a free one is chosen: the info
+// file lists whole paths); an object opened to read changes nothing.
 //
 //   MFiles title;
 //   title.SetMaxFileSize(1024LL << 20);                  // 1 GiB segments
@@ -32,9 +35,10 @@ class VBU_API MFiles : public MFile {
   static const unsigned short kInfoHeader[];
   // Segment names are the logical path, this suffix, a point and a number.
   static const unsigned short kSegmentSuffix[];
-  // At most this many segments, each named by at most kMaxPathLength characters.
+  // At most this many segments, each named by a path of at most
+  // kMaxPathLength bytes as the system names it (its longest path).
   static constexpr int kMaxSegments = 2048;
-  static constexpr int kMaxPathLength = 2047;
+  static constexpr int kMaxPathLength = 4095;
 
   // Closed, with no segment limit (0x3FFFFFFFFFFFFFFF).
   MFiles();
@@ -52,9 +56,10 @@ class VBU_API MFiles : public MFile {
   int FOpen(MFileSpecWin& spec, file_open_t mode) override;
   int FOpen(const unsigned short* path, file_open_t mode) override;
   // Opens the named file: an info file opens its segments, anything else is
-  // a file of one segment. The first segment is opened in `mode` (a mode
-  // that empties empties the later segments too); modes 5, 6 and 8 then
-  // stand at the logical end. 0 or -1.
+  // a file of one segment. The first segment is opened in `mode`; a mode
+  // that empties makes a segmented file one empty segment (the others and
+  // their lines are removed); modes 5, 6 and 8 then stand at the logical
+  // end. 0 or -1.
   int FOpen(file_open_t mode);
   // Opens an explicit list of MFileSpecWin* (copied) as FOpen(mode) does; 0 or -1.
   int FOpen(LList& specs, file_open_t mode);
@@ -67,16 +72,20 @@ class VBU_API MFiles : public MFile {
 
   // Reads on across segment ends; the count (short at the logical end) or a negative value.
   int FRead(char* buffer, int count) override;
-  // Writes at the position; a write that passes the limit is split once and
-  // goes on in the next segment, made (and listed) when needed. The count or
-  // a negative value.
+  // Writes at the position: bytes over data stay in the segment that holds
+  // them and cross into the next at its end; only bytes behind the logical
+  // end follow the limit, into new segments made (and listed) as needed. A
+  // write that would reach a missing segment, or a new segment whose name
+  // the info file cannot hold, is refused before a byte is written. The
+  // count (0 for nothing, which changes nothing) or a negative value.
   int FWrite(const char* buffer, int count) override;
   // file_seek_begin: to a logical offset, growing the file (by whole new
   // segments if needed) when it lies behind the end; gives the offset.
   // file_seek_end and file_seek_current: inside the last or the open
   // segment; gives the position inside it. -1 on failure. On the overlapped
   // route, whose transfers name their offsets, file_seek_begin makes and
-  // opens the segments and sets no position.
+  // opens the segments and sets no position. Opened to read, the file cannot
+  // grow: a position behind its end gives -1.
   long long FSeek64(long long offset, file_seek_t origin) override;
   // The position inside the open segment.
   long long FTell64() override;
@@ -149,8 +158,11 @@ class VBU_API MFiles : public MFile {
   long ConcatBufferSynchronously(char* buffer, long count) {
     return mCurrentFile.ConcatBufferSynchronously(buffer, count);
   }
-  long ConcatFile(unsigned short* path, long reserved, bool& cancelled) {
+  long ConcatFile(const unsigned short* path, long reserved, bool& cancelled) {
     return mCurrentFile.ConcatFile(path, reserved, cancelled, -1);
+  }
+  long ConcatFile(unsigned short* path, long reserved, bool& cancelled) {
+    return ConcatFile(static_cast<const unsigned short*>(path), reserved, cancelled);
   }
 
  protected:
@@ -163,20 +175,34 @@ class VBU_API MFiles : public MFile {
  private:
   MFileSpecWin* SegmentAt(int index) const;
   bool IsOpen() const { return mCurrentIndex != -1; }
-  // The mode in which a segment of the file is opened again: never emptying,
-  // at its start.
-  file_open_t ReopenMode() const;
-  // Opens the list (copied in) in `mode`; 0 or -1, the list emptied on failure.
-  int OpenList(LList& specs, file_open_t mode);
-  // Makes segment `index` the open one in `mode` (closing the one open); 0 or -1.
-  int OpenSegment(int index, file_open_t mode);
+  // Appends a file spec of `path` to the list.
+  void Append(const unsigned short* path);
+  // Opens the first segment of the list in `mode`; 0 or -1, the list emptied on failure.
+  int OpenSegments(file_open_t mode);
+  // Makes the info file list the first segment alone, then removes the others; 0 or -1.
+  int DropLaterSegments();
+  // Makes segment `index` the open one (closing the one open), in the mode
+  // that moving into a segment takes: it must exist. 0 or -1.
+  int MoveTo(int index);
   // Closes the open segment, if one is; 0 or -1.
   int CloseSegment();
-  // The size of segment `index` by its path, or -1.
+  // The size of segment `index` by its path, or -1; the logical offset of its start, or -1.
   long long SegmentSize(int index) const;
-  // Makes a new last segment of `length` bytes (zeros), lists it in the
-  // info file and appends it to the list; 0 or -1 with nothing listed.
+  long long SegmentBase(int index) const;
+  // Where a write of `count` bytes at the position goes: -1 when it would
+  // cross into a segment that is not there; `grows` when it needs a new one.
+  int PlanWrite(int count, bool* grows);
+  // True when the info file can hold the lines that a new segment adds.
+  bool NewSegmentsListable();
+  // Makes a new last segment of `length` bytes (zeros), switching to an
+  // info file first if there is none, lists it and appends it to the list;
+  // 0 or -1 with nothing listed.
   int AppendSegment(long long length);
+  // `wanted`, or the first of wanted-1, wanted-2, ... that no file on disk
+  // and no segment of the list uses.
+  MString FreeName(const MString& wanted) const;
+  // FGets (`wide` false) and FGetts, moving on to the next segment.
+  int GetLine(void* buffer, int count, bool wide);
 
   LList mSegments;             // MFileSpecWin*, owned, in logical order
   MFileUniv mCurrentFile;      // the open segment

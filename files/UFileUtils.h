@@ -8,10 +8,14 @@
 
 class VBU_API UFileUtils {
  public:
-  // Removes every file that a CFileQuery on `path` lists, going on past
-  // failures (each one reported as a warning); true when all went. Folders
-  // stay; a link to a folder is removed as a link, its folder is not entered.
+  // Removes every file under the folder `path` (entered even when `path` is
+  // a link to it), at any depth, going on past failures (each one reported
+  // as a warning); true when all went. Folders stay; a link inside the tree
+  // is removed as a link and never followed. A folder that cannot be read
+  // makes the result false. `path` naming a file removes that file.
+  static bool DeleteAllFilesUnderDir(const unsigned short* path);
   static bool DeleteAllFilesUnderDir(unsigned short* path);
   // DeleteAllFilesUnderDir, then the folder itself, which must then be empty.
+  static bool DeleteDir(const unsigned short* path);
   static bool DeleteDir(unsigned short* path);
 };

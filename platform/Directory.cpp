@@ -69,13 +69,79 @@ bool FolderEntries::Next(std::u16string* name) {
     mError = os::ReadFolder(mFolder, &entry);
     if (mError != 0 || !entry) return false;
     if (std::strcmp(entry, ".") == 0 || std::strcmp(entry, "..") == 0) continue;
-    std::size_t count = std::strlen(entry);
-    name->resize(count);
-    long units = BytesToUnits(entry, count, reinterpret_cast<unsigned short*>(name->data()), count, CodePage::kSystem);
-    if (units < 0) continue;  // a name the code page cannot show is passed over
-    name->resize(static_cast<std::size_t>(units));
+    *name = PathText(entry, std::strlen(entry));
     return true;
   }
+}
+
+namespace {
+
+// A name of an entry as the system's bytes.
+std::string EntryBytes(const std::u16string& name) {
+  PathBytes bytes(reinterpret_cast<const unsigned short*>(name.c_str()));
+  return bytes.Ok() ? std::string(bytes.Get(), bytes.Size()) : std::string();
+}
+
+}  // namespace
+
+OpenFolder::OpenFolder(const unsigned short* path) {
+  PathBytes bytes(path);
+  mError = bytes.Ok() ? os::OpenFolderAt(os::kCurrentFolder, bytes.Get(), true, &mFd) : bytes.Error();
+}
+
+OpenFolder::OpenFolder(const OpenFolder& parent, const std::u16string& name) {
+  std::string bytes = EntryBytes(name);
+  if (parent.mFd < 0) {
+    mError = parent.mError != 0 ? parent.mError : kErrorInvalidArgument;
+  } else if (bytes.empty() || bytes.find('/') != std::string::npos) {
+    mError = kErrorInvalidArgument;
+  } else {
+    mError = os::OpenFolderAt(parent.mFd, bytes.c_str(), false, &mFd);
+  }
+}
+
+OpenFolder::~OpenFolder() {
+  if (mFd >= 0) os::CloseFolderDescriptor(mFd);
+}
+
+uint32_t OpenFolder::Inspect(PathKind* out) const {
+  if (mFd < 0) return mError;
+  return out ? os::InspectAt(mFd, "", out) : kErrorInvalidArgument;
+}
+
+uint32_t OpenFolder::Names(std::vector<std::u16string>* names) const {
+  if (mFd < 0) return mError;
+  void* folder = nullptr;
+  if (uint32_t error = os::ListFolder(mFd, &folder)) return error;
+  uint32_t error = 0;
+  for (;;) {
+    const char* entry = nullptr;
+    error = os::ReadFolder(folder, &entry);
+    if (error != 0 || !entry) break;
+    if (std::strcmp(entry, ".") == 0 || std::strcmp(entry, "..") == 0) continue;
+    names->push_back(PathText(entry, std::strlen(entry)));
+  }
+  os::CloseFolder(folder);
+  return error;
+}
+
+uint32_t OpenFolder::Inspect(const std::u16string& name, PathKind* out) const {
+  if (mFd < 0) return mError;
+  std::string bytes = EntryBytes(name);
+  if (bytes.empty() || !out) return kErrorInvalidArgument;
+  return os::InspectAt(mFd, bytes.c_str(), out);
+}
+
+uint32_t OpenFolder::RemoveFile(const std::u16string& name) const {
+  if (mFd < 0) return mError;
+  std::string bytes = EntryBytes(name);
+  return bytes.empty() ? kErrorInvalidArgument : os::RemoveAt(mFd, bytes.c_str(), false);
+}
+
+uint32_t OpenFolder::RemoveFolder(const std::u16string& name) const {
+  if (mFd < 0) return mError;
+  std::string bytes = EntryBytes(name);
+  return bytes.empty() ? kErrorInvalidArgument : os::RemoveAt(mFd, bytes.c_str(), true);
 }
 
 }  // namespace vbu::platform

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace vbu::platform {
 
@@ -49,6 +50,36 @@ class FolderEntries {
 
  private:
   void* mFolder = nullptr;
+  uint32_t mError = 0;
+};
+
+// A folder held open by descriptor. Its entries are named relative to it,
+// so a walk from folder to subfolder works at any depth, whatever the
+// length of the path, and a name replaced behind the walk's back is not
+// followed out of the tree.
+class OpenFolder {
+ public:
+  // Opens the folder `path`; a link to a folder is followed.
+  explicit OpenFolder(const unsigned short* path);
+  // Opens the subfolder `name` of `parent`; a link is not followed.
+  OpenFolder(const OpenFolder& parent, const std::u16string& name);
+  ~OpenFolder();
+  OpenFolder(const OpenFolder&) = delete;
+  OpenFolder& operator=(const OpenFolder&) = delete;
+  // 0 when open, else the open's error code.
+  uint32_t Error() const { return mError; }
+  // The device and node of the folder itself.
+  uint32_t Inspect(PathKind* out) const;
+  // Every entry's name, "." and ".." passed over; 0 or the error code.
+  uint32_t Names(std::vector<std::u16string>* names) const;
+  // What the entry `name` is; a link is not followed.
+  uint32_t Inspect(const std::u16string& name, PathKind* out) const;
+  // Removes the entry `name`: a file or link, or an empty folder.
+  uint32_t RemoveFile(const std::u16string& name) const;
+  uint32_t RemoveFolder(const std::u16string& name) const;
+
+ private:
+  int mFd = -1;
   uint32_t mError = 0;
 };
 

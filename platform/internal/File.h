@@ -28,6 +28,7 @@ enum DescriptorFlags : unsigned {
   kDescriptorCreate = 2,     // create when missing
   kDescriptorTruncate = 4,   // empty when present
   kDescriptorText = 8,       // text mode: CR LF on disk, LF in memory
+  kDescriptorExclusive = 16, // with kDescriptorCreate: fails when present
 };
 
 // Opens `path` into `*fd` (-1 on failure).

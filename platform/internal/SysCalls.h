@@ -70,6 +70,11 @@ struct SysCalls {
   void* (*opendir)(const char* path);
   struct ::dirent* (*readdir)(void* folder);
   int (*closedir)(void* folder);
+  // The same relative to an open folder, for walks that no path length limits.
+  int (*openat)(int folder, const char* path, int flags, unsigned mode);
+  int (*fstatat)(int folder, const char* path, struct ::stat* info, int flags);
+  int (*unlinkat)(int folder, const char* path, int flags);
+  void* (*fdopendir)(int fd);
 
   // Page-aligned blocks of zeroed memory; those of kHugePage or more on huge
   // pages where the system has them to give.

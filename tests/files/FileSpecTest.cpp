@@ -55,11 +55,10 @@ TEST(FileSpec, ValuesCompareExactlyAndKnowTheirFolder) {
   lower.GetFilePathName(copy);
   EXPECT_EQ(Text(copy), u"/a/b.txt");
 
-  char16_t withFolder[] = u"/a/b.txt";
-  char16_t bare[] = u"b.txt";
-  EXPECT_EQ(S(MFileSpecWin::GetDirectory(vbu::ToUnits(withFolder))), u"/a/");
-  EXPECT_EQ(S(MFileSpecWin::GetDirectory(vbu::ToUnits(bare))), u"b.txt");
-  EXPECT_EQ(S(MFileSpecWin::GetDirectory(nullptr)), u"");
+  // Text that is only read may be a literal.
+  EXPECT_EQ(S(MFileSpecWin::GetDirectory(u"/a/b.txt"_u16)), u"/a/");
+  EXPECT_EQ(S(MFileSpecWin::GetDirectory(u"b.txt"_u16)), u"b.txt");
+  EXPECT_EQ(S(MFileSpecWin::GetDirectory(static_cast<const unsigned short*>(nullptr))), u"");
 
   MString drive, folder, name, extension;
   SplitPath(u"/a/b.c/d.tar.gz"_u16, drive, folder, name, extension);

@@ -5,7 +5,9 @@
 #include <VantoroBasicUtils/files/UFileUtils.h>
 #include <VantoroBasicUtils/text/MStringList.h>
 
+#include <sys/resource.h>
 #include <sys/statvfs.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -40,6 +42,21 @@ void MakeTree(const TempFolder& dir, bool linkOut = false) {
     WriteAll(dir.Bytes("outside/keep"), "keep");
     std::filesystem::create_directory_symlink(dir.Bytes("outside"), dir.Bytes("s/link"));
   }
+}
+
+// A chain of `depth` folders of 200-byte names under `root`, with a file in
+// the deepest: its path is longer than the system takes. Made step by step
+// from the current folder, which is put back.
+void MakeDeepTree(const std::string& root, int depth) {
+  std::string back = std::filesystem::current_path().string();
+  ASSERT_EQ(chdir(root.c_str()), 0);
+  std::string name(200, 'd');
+  for (int i = 0; i < depth; ++i) {
+    ASSERT_EQ(mkdir(name.c_str(), 0700), 0);
+    ASSERT_EQ(chdir(name.c_str()), 0);
+  }
+  WriteAll("deep", "x");
+  ASSERT_EQ(chdir(back.c_str()), 0);
 }
 
 }  // namespace
@@ -105,6 +122,42 @@ TEST(Folders, DeleteDirectoryRemovesTheTreeButNotWhatLinksPointAt) {
   EXPECT_TRUE(hearing.messages.empty());
 }
 
+// Nothing outside the named tree is touched: a link given as the tree goes
+// as a link; depth is no limit. (Odd names, links inside and locked folders
+// are the random trees' of FolderModelTest.cpp.)
+TEST(Folders, DeletesStayInsideTheTreeAndReachAllOfIt) {
+  TempFolder dir;
+  MakeTree(dir, true);
+  std::filesystem::create_directory_symlink(dir.Bytes("outside"), dir.Bytes("tolink"));
+  Hearing hearing;
+  EXPECT_EQ(DeleteDirectory(dir.Path("tolink/")), 0);
+  EXPECT_FALSE(std::filesystem::is_symlink(dir.Bytes("tolink")));
+  EXPECT_EQ(ReadAll(dir.Bytes("outside/keep")), "keep");
+  // Through a link, the folder it names is emptied; the link stays.
+  std::filesystem::create_directory_symlink(dir.Bytes("s"), dir.Bytes("tos"));
+  EXPECT_TRUE(UFileUtils::DeleteAllFilesUnderDir(dir.Path("tos")));
+  EXPECT_TRUE(std::filesystem::is_symlink(dir.Bytes("tos")));
+  EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s/c")));
+  EXPECT_FALSE(std::filesystem::exists(dir.Bytes("s/link"))) << "a link inside goes as a link";
+  EXPECT_EQ(ReadAll(dir.Bytes("outside/keep")), "keep");
+  // Deeper than the system's path limit, with fewer descriptors to spare than levels.
+  std::filesystem::create_directories(dir.Bytes("odd"));
+  MakeDeepTree(dir.Bytes("odd"), 25);
+  auto open = std::filesystem::directory_iterator("/proc/self/fd");
+  rlimit limit{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  rlimit few = limit;
+  few.rlim_cur = static_cast<rlim_t>(std::distance(begin(open), end(open)) + 8);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  bool filesGone = UFileUtils::DeleteAllFilesUnderDir(dir.Path("odd"));
+  int treeGone = DeleteDirectory(dir.Path("odd"));
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+  EXPECT_TRUE(filesGone);
+  EXPECT_EQ(treeGone, 0);
+  EXPECT_FALSE(std::filesystem::exists(dir.Bytes("odd")));
+  EXPECT_TRUE(hearing.messages.empty());
+}
+
 TEST(Folders, DeleteDirKeepsSubfolders) {
   TempFolder dir;
   MakeTree(dir, true);
@@ -129,7 +182,7 @@ TEST(FileQuery, OnePathAFolderOrNothing) {
   EXPECT_EQ(Listed(file), std::vector<std::string>{dir.Bytes("a")});
   CFileQuery empty(dir.Path("empty"));
   EXPECT_EQ(empty.GetCount(), 0u);
-  CFileQuery missing(dir.Path("missing"));
+  CFileQuery missing(u"/nonexistent/vbu-query"_u16);  // a literal: the path is only read
   EXPECT_EQ(missing.GetCount(), 0u);
   // Names in order; a subfolder's files where the subfolder stands; hidden
   // files and dangling links too; a link back up is not walked again.
@@ -154,4 +207,12 @@ TEST(FileQuery, ADropListsInTheOrderOfTheDrop) {
                                                      dir.Bytes("a")}));
   CFileQuery none(static_cast<MStringList*>(nullptr));
   EXPECT_EQ(none.GetCount(), 0u);
+  // A folder given again, or its subfolder, is listed again, as a file is.
+  MStringList twice;
+  twice.Add(dir.Path("s"));
+  twice.Add(dir.Path("s/t"));
+  twice.Add(dir.Path("s/c"));
+  CFileQuery again(&twice);
+  EXPECT_EQ(Listed(again), (std::vector<std::string>{dir.Bytes("s/c"), dir.Bytes("s/t/.hidden"),
+                                                     dir.Bytes("s/t/.hidden"), dir.Bytes("s/c")}));
 }

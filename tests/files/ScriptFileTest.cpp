@@ -178,6 +178,26 @@ TEST(ScriptFile, WritesAndTheWorkingFile) {
     s.FClose();
   }
   EXPECT_FALSE(std::filesystem::exists(dir.Bytes("out"))) << "the working file goes with the object";
+  // A second parse closes the first file and removes its working file.
+  auto descriptors = [] {
+    auto entries = std::filesystem::directory_iterator("/proc/self/fd");
+    return std::distance(begin(entries), end(entries));
+  };
+  WriteAll(dir.Bytes("one"), "first\n");
+  WriteAll(dir.Bytes("two"), "second\n");
+  {
+    Script s;
+    const auto before = descriptors();
+    ASSERT_EQ(s.OpenForParse(dir.Path("one")), 1);
+    ASSERT_EQ(s.GetOneChar(), 1);
+    ASSERT_EQ(s.OpenForParse(dir.Path("two")), 1);
+    EXPECT_EQ(descriptors(), before + 1);
+    EXPECT_FALSE(std::filesystem::exists(dir.Bytes("one")));
+    MString word;
+    ASSERT_EQ(s.GetString(&word, 0), 1);
+    EXPECT_EQ(Text(word), u"second");
+    EXPECT_EQ(s.GetCurrentLineNum(), 1);
+  }
   Script missing;
   EXPECT_EQ(missing.OpenForParse(dir.Path("none")), 0);
 }

@@ -38,7 +38,7 @@
 //
 // A failed call sets errno and gives the entry's failure result: null for
 // calloc, kMapFailed for mmap, (void*)-1 for iconv_open, (size_t)-1 for
-// iconv, null for opendir, readdir, dlopen, dlsym and getenv, the error itself for
+// iconv, null for opendir, readdir, fdopendir, dlopen, dlsym and getenv, the error itself for
 // the entries that give it (fadvise, the thread entries, getpwuid_r), minus
 // the error for the io_uring entries, and -1 for the rest. close, munmap,
 // iconv_close, closedir and dlclose release their object first, as the
@@ -187,6 +187,10 @@ class StSysCallFaults : public StSysCallTable {
     VBU_FAULT_ENTRY(opendir, static_cast<void*>(nullptr));
     VBU_FAULT_ENTRY(readdir, static_cast<struct ::dirent*>(nullptr));
     VBU_FAULT_RELEASE(closedir);
+    VBU_FAULT_ENTRY(openat, -1);
+    VBU_FAULT_ENTRY(fstatat, -1);
+    VBU_FAULT_ENTRY(unlinkat, -1);
+    VBU_FAULT_ENTRY(fdopendir, static_cast<void*>(nullptr));
     VBU_FAULT_ENTRY(thread_create, fault_detail::sState.error);
     VBU_FAULT_ENTRY(thread_kill, fault_detail::sState.error);
     VBU_FAULT_ENTRY(thread_unblock_signal, fault_detail::sState.error);
@@ -203,7 +207,7 @@ class StSysCallFaults : public StSysCallTable {
     // free, futex_wait, futex_wake, getpid and getuid cannot fail: neither failed nor counted.
 #undef VBU_FAULT_ENTRY
 #undef VBU_FAULT_RELEASE
-    static_assert(sizeof(vbu::platform::SysCalls) == 53 * sizeof(void*),
+    static_assert(sizeof(vbu::platform::SysCalls) == 57 * sizeof(void*),
                   "a new entry of the system-call table: wrap it above, and count it here");
     fault_detail::sState.armed = true;
   }

@@ -19,14 +19,22 @@ namespace vp = vbu::platform;
 
 namespace {
 
-// unlink refuses paths that end in "locked".
+bool EndsInLocked(const char* path) {
+  std::size_t n = std::strlen(path);
+  return n >= 6 && std::strcmp(path + n - 6, "locked") == 0;
+}
+
+// unlink refuses paths that end in "locked", by path or in an open folder.
 class StLockedFiles : public StSysCallTable {
  public:
   StLockedFiles() {
     vp::Sys().unlink = [](const char* path) {
-      std::size_t n = std::strlen(path);
-      if (n >= 6 && std::strcmp(path + n - 6, "locked") == 0) return errno = EBUSY, -1;
+      if (EndsInLocked(path)) return errno = EBUSY, -1;
       return vp::DefaultSysCalls().unlink(path);
+    };
+    vp::Sys().unlinkat = [](int folder, const char* path, int flags) {
+      if (EndsInLocked(path)) return errno = EBUSY, -1;
+      return vp::DefaultSysCalls().unlinkat(folder, path, flags);
     };
   }
 };

@@ -130,3 +130,23 @@ TEST(SegmentedFaults, AnInfoFileThatCannotBeAskedIsNeverTakenForANewFile) {
   EXPECT_EQ(ReadAll(dir.Bytes("f")), info) << "not emptied as a plain file";
   EXPECT_EQ(ReadLogical(dir.Path("f")), data);
 }
+
+// A folder where no name can be asked: the search for a free segment name
+// ends, the write fails, and the file stays whole.
+TEST(SegmentedFaults, NoNameThatCanBeAskedEndsTheSearchForAFreeOne) {
+  TempFolder dir;
+  std::string data = Pattern(1200);
+  MFiles file;
+  ASSERT_EQ(file.FOpen(dir.Path("f"), MFile::file_create_binary), 0);
+  file.SetMaxFileSize(1000);
+  ASSERT_EQ(file.FWrite(data.data(), 900), 900);
+  {
+    StSysCallTable saved;
+    vbu::platform::Sys().lstat = [](const char*, struct ::stat*) { return errno = EACCES, -1; };
+    EXPECT_EQ(file.FWrite(data.data() + 900, 300), -1);
+  }
+  ASSERT_EQ(file.FSeek64(0, MFile::file_seek_end), 1000);
+  ASSERT_EQ(file.FWrite(data.data() + 1000, 200), 200);
+  ASSERT_EQ(file.FClose(), 0);
+  EXPECT_EQ(ReadLogical(dir.Path("f")), data);
+}
