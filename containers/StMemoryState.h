@@ -15,6 +15,7 @@ class VBU_API StMemoryState {
   // The label argument is dropped: the label starts empty.
   explicit StMemoryState(unsigned short* label = nullptr);
   explicit StMemoryState(const unsigned short* label);
+  explicit StMemoryState(decltype(nullptr)) : StMemoryState() {}
   StMemoryState(const StMemoryState& other) = default;
   StMemoryState& operator=(const StMemoryState& other) = default;
   ~StMemoryState();

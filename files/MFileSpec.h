@@ -62,6 +62,8 @@ class VBU_API MFileSpecWin : public MFileSpec {
   // The path up to and including its last separator; a path without one comes back whole.
   static MString GetDirectory(const unsigned short* path);
   static MString GetDirectory(unsigned short* path);
+  // A bare nullptr would fit both forms.
+  static MString GetDirectory(decltype(nullptr)) { return GetDirectory(static_cast<const unsigned short*>(nullptr)); }
   // True when the volume of `root` cannot be written: it does not exist, is
   // optical or read-only (unless `skipDriveType`), cannot be asked, or has
   // no byte free for the caller.

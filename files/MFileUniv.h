@@ -123,6 +123,9 @@ class VBU_API MFileUniv : public MFile {
   // `reservedTwo` are not used.
   long ConcatFile(const unsigned short* path, long reserved, bool& cancelled, long reservedTwo);
   long ConcatFile(unsigned short* path, long reserved, bool& cancelled, long reservedTwo);
+  long ConcatFile(decltype(nullptr), long reserved, bool& cancelled, long reservedTwo) {
+    return ConcatFile(static_cast<const unsigned short*>(nullptr), reserved, cancelled, reservedTwo);
+  }
   // Appends `count` bytes (at most one buffer), padded alike; 0 or -1.
   long ConcatBufferSynchronously(char* buffer, long count);
 

@@ -164,6 +164,9 @@ class VBU_API MFiles : public MFile {
   long ConcatFile(unsigned short* path, long reserved, bool& cancelled) {
     return ConcatFile(static_cast<const unsigned short*>(path), reserved, cancelled);
   }
+  long ConcatFile(decltype(nullptr), long reserved, bool& cancelled) {
+    return ConcatFile(static_cast<const unsigned short*>(nullptr), reserved, cancelled);
+  }
 
  protected:
   // Turns the file of one segment into segment 0 behind a new info file

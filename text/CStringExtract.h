@@ -14,11 +14,15 @@ class VBU_API CStringExtract {
   // The position just behind the first double quote; 0 if there is none.
   static int SeekLeftDoubleQuat(unsigned short* text);
   static int SeekLeftDoubleQuat(const unsigned short* text);
+  static int SeekLeftDoubleQuat(decltype(nullptr)) { return SeekLeftDoubleQuat(static_cast<const unsigned short*>(nullptr)); }
   // Copies what stands before the first double quote into `result` (which
   // must hold it) and gives the position behind that quote; with no quote,
   // an empty result and 0.
   static int GetString(unsigned short* text, unsigned short* result);
   static int GetString(const unsigned short* text, unsigned short* result);
+  static int GetString(decltype(nullptr), unsigned short* result) {
+    return GetString(static_cast<const unsigned short*>(nullptr), result);
+  }
   static int SeekLeftDoubleQuatChar(const char* text);
   static int GetStringChar(const char* text, char* result);
 };

@@ -85,7 +85,7 @@ int UStringUtils::strnicmp(const unsigned short* a, const unsigned short* b, uns
 int UStringUtils::atoi(const unsigned short* text) { return wt::ToInt(text); }
 
 double UStringUtils::atof(const unsigned short* text) {
-  return std::strtod(TtoA(const_cast<unsigned short*>(text)), nullptr);
+  return std::strtod(TtoA(text), nullptr);
 }
 
 unsigned short* UStringUtils::strtok(unsigned short* text, const unsigned short* separators) {

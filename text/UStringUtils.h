@@ -16,9 +16,11 @@ class VBU_API UStringUtils {
   // its 1024 bytes (terminator included) comes out empty, never cut.
   static char* TtoA(unsigned short* text);
   static char* TtoA(const unsigned short* text);
+  static char* TtoA(decltype(nullptr)) { return TtoA(static_cast<const unsigned short*>(nullptr)); }
   // `text` from the system's code page, in mTBuffer (up to 2047 units; more is cut).
   static unsigned short* AtoT(char* text);
   static unsigned short* AtoT(const char* text);
+  static unsigned short* AtoT(decltype(nullptr)) { return AtoT(static_cast<const char*>(nullptr)); }
 
   static unsigned short* strchr(const unsigned short* text, int c);
   static unsigned short* strrchr(const unsigned short* text, int c);

@@ -102,6 +102,9 @@ class VBU_API CTimecode : public LNotifier {
   // The same for text that is only read, such as a u"..."_u16 literal.
   bool SetTime(const unsigned short* text, double rate) { return SetTime(const_cast<unsigned short*>(text), rate); }
   bool SetTime(const unsigned short* text) { return SetTime(const_cast<unsigned short*>(text)); }
+  // A bare nullptr (no text) would fit both forms.
+  bool SetTime(decltype(nullptr), double rate) { return SetTime(static_cast<unsigned short*>(nullptr), rate); }
+  bool SetTime(decltype(nullptr)) { return SetTime(static_cast<unsigned short*>(nullptr)); }
   // The four labels after the frame type (every type but 0, 1, 3 gives 30.0).
   virtual bool SetTime(unsigned short hour, unsigned short minute, unsigned short second, unsigned short frame,
                        frame_type_t type);
@@ -113,6 +116,9 @@ class VBU_API CTimecode : public LNotifier {
   virtual bool SetTimeWithType(unsigned short* text, frame_type_t type);
   bool SetTimeWithType(const unsigned short* text, frame_type_t type) {
     return SetTimeWithType(const_cast<unsigned short*>(text), type);
+  }
+  bool SetTimeWithType(decltype(nullptr), frame_type_t type) {
+    return SetTimeWithType(static_cast<unsigned short*>(nullptr), type);
   }
   // From a 1-based frame count (below 1 counts as 1), after SetFrameType(type)
   // unless `type` is kFrameTypeCurrent.

@@ -25,6 +25,8 @@ class VBU_API CTimecodeParser {
   virtual void Parse(unsigned short* text, bool keepFrameType);
   // The same for text that is only read, such as a u"..."_u16 literal.
   void Parse(const unsigned short* text, bool keepFrameType) { Parse(const_cast<unsigned short*>(text), keepFrameType); }
+  // A bare nullptr (no text) would fit both forms.
+  void Parse(decltype(nullptr), bool keepFrameType) { Parse(static_cast<unsigned short*>(nullptr), keepFrameType); }
   // A field's number; empty or unreadable text gives 0.
   virtual unsigned short GetHour();
   virtual unsigned short GetMinute();

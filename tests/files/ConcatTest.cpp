@@ -113,7 +113,7 @@ TEST_F(Concat, AMissingSourceFailsWithoutAMessage) {
   MString missing = dir.Path("missing.vob");
   bool cancelled = false;
   EXPECT_EQ(destination.ConcatFile(missing, 0, cancelled, 0), -1);
-  EXPECT_EQ(destination.ConcatFile(static_cast<const unsigned short*>(nullptr), 0, cancelled, 0), -1);
+  EXPECT_EQ(destination.ConcatFile(nullptr, 0, cancelled, 0), -1);
   EXPECT_TRUE(hearing.messages.empty());
   EXPECT_EQ(Offset(), 6144);
   EXPECT_EQ(Disc(), Padded(sources["a"])) << "what was written stays";

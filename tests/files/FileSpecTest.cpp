@@ -58,7 +58,7 @@ TEST(FileSpec, ValuesCompareExactlyAndKnowTheirFolder) {
   // Text that is only read may be a literal.
   EXPECT_EQ(S(MFileSpecWin::GetDirectory(u"/a/b.txt"_u16)), u"/a/");
   EXPECT_EQ(S(MFileSpecWin::GetDirectory(u"b.txt"_u16)), u"b.txt");
-  EXPECT_EQ(S(MFileSpecWin::GetDirectory(static_cast<const unsigned short*>(nullptr))), u"");
+  EXPECT_EQ(S(MFileSpecWin::GetDirectory(nullptr)), u"");
 
   MString drive, folder, name, extension;
   SplitPath(u"/a/b.c/d.tar.gz"_u16, drive, folder, name, extension);

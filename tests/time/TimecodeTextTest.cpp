@@ -94,3 +94,13 @@ TEST(CTimecode, TextRoundTripsForEveryFrameType) {
   wide.GetTime(buffer);
   EXPECT_EQ(std::u16string(reinterpret_cast<char16_t*>(buffer)), u"65535:59:59:1199");
 }
+
+TEST(CTimecode, NoTextReadsAsEmptyWhereConstAndMutableFormsMeet) {
+  // Both forms stand beside each other; a bare nullptr still means "no text".
+  CTimecodeParser p;
+  p.Parse(nullptr, false);
+  EXPECT_EQ(S(p.GetString()), u":::");
+  CTimecode t(1, 2, 3, 4, 25.0);
+  t.SetTime(nullptr, 25.0);
+  EXPECT_EQ(Text(t), u"00:00:00;00");
+}
