@@ -204,16 +204,6 @@ TEST(SegmentedFile, LinesOfTheInfoFile) {
   }
 }
 
-TEST(SegmentedFile, DeleteRemovesEverySegmentAndTheInfoFile) {
-  TempFolder dir;
-  MakeSegmented(dir.Path("f"), Pattern(2500), 1000);
-  MFiles file;
-  ASSERT_EQ(file.FOpen(dir.Path("f"), MFile::file_read_binary), 0);
-  EXPECT_EQ(file.FDelete(), 0);
-  EXPECT_EQ(file.GetCount(), 0);
-  EXPECT_TRUE(std::filesystem::is_empty(dir.Bytes("")));
-}
-
 TEST(SegmentedFile, ExplicitListsAndTheirFaults) {
   TempFolder dir;
   WriteAll(dir.Bytes("a"), "one");

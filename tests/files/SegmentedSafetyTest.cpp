@@ -116,7 +116,7 @@ TEST(SegmentedSafety, WhatTheInfoFileCannotHoldIsNeverWritten) {
   std::filesystem::current_path("/");
 }
 
-// FDelete removes the segments of a closed object too; a create mode on a
+// FDelete removes the segments of an open or a closed object; a create mode on a
 // segmented file leaves one empty segment.
 TEST(SegmentedSafety, DeletingAndMakingAnewLeaveNothingBehind) {
   TempFolder dir;
@@ -134,4 +134,9 @@ TEST(SegmentedSafety, DeletingAndMakingAnewLeaveNothingBehind) {
   ASSERT_EQ(closed.FClose(), 0);
   EXPECT_EQ(closed.FDelete(), 0);
   EXPECT_EQ(Snapshot(dir).size(), 2u) << "only f's files";
+  MFiles open;  // and of an open one
+  ASSERT_EQ(open.FOpen(dir.Path("f"), MFile::file_read_binary), 0);
+  EXPECT_EQ(open.FDelete(), 0);
+  EXPECT_EQ(open.GetCount(), 0);
+  EXPECT_TRUE(Snapshot(dir).empty());
 }
