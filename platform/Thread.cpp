@@ -174,35 +174,46 @@ bool MThread::CreateThread(bool suspended) {
 }
 
 long MThread::SuspendThread() {
+  const Hold hold = AddHold();
+  hold.Wait();
+  return hold.Before();
+}
+
+MThread::Hold MThread::AddHold() {
   MThreadControl& control = *mControl;
-  const bool self = tControl == &control;
-  uint32_t before, heard;
-  {
-    std::lock_guard<std::mutex> lock(control.mutex);
-    if (!control.created || control.ended) {
-      SetLastError(ErrorFromErrno(ESRCH));
-      return -1;
-    }
-    heard = control.heard.load(std::memory_order_acquire);
-    before = control.holds.fetch_add(1, std::memory_order_acq_rel);
-    // A thread at its start, or held already, needs no signal. The signal
-    // goes under the lock, so the thread cannot have ended meanwhile.
-    if (before == 0 && !self) {
-      if (int error = SignalThread(control.handle)) {
-        control.holds.fetch_sub(1, std::memory_order_acq_rel);
-        SetLastError(ErrorFromErrno(error));
-        return -1;
-      }
+  Hold hold;
+  hold.mControl = mControl;
+  hold.mSelf = tControl == &control;
+  std::lock_guard<std::mutex> lock(control.mutex);
+  if (!control.created || control.ended) {
+    SetLastError(ErrorFromErrno(ESRCH));
+    return hold;
+  }
+  hold.mHeard = control.heard.load(std::memory_order_acquire);
+  const uint32_t before = control.holds.fetch_add(1, std::memory_order_acq_rel);
+  // A thread at its start, or held already, needs no signal, nor one that
+  // holds itself: it stops in Wait. The signal goes under the lock, so the
+  // thread cannot have ended meanwhile.
+  if (before == 0 && !hold.mSelf) {
+    if (int error = SignalThread(control.handle)) {
+      control.holds.fetch_sub(1, std::memory_order_acq_rel);
+      SetLastError(ErrorFromErrno(error));
+      return hold;
     }
   }
-  if (before == 0) {
-    if (self) {
-      SignalThread(control.handle);  // the handler holds this very thread until it is let go
-    } else {
-      while (control.heard.load(std::memory_order_acquire) == heard) WaitWhile(control.heard, heard);
-    }
+  hold.mBefore = static_cast<long>(before);
+  return hold;
+}
+
+void MThread::Hold::Wait() const {
+  if (mBefore != 0) return;  // refused, or the thread stood still already
+  MThreadControl& control = *mControl;
+  if (mSelf) {
+    HoldWhileSuspended(false);
+    return;
   }
-  return static_cast<long>(before);
+  // The signal's handler counts itself in `heard` (so does the thread's end).
+  while (control.heard.load(std::memory_order_acquire) == mHeard) WaitWhile(control.heard, mHeard);
 }
 
 long MThread::ResumeThread() {
