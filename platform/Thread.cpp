@@ -33,6 +33,8 @@ std::atomic<unsigned long> gMainThreadId{0};
 thread_local unsigned long tThreadId = 0;
 // The control of the calling thread if an MThread runs it; read by the signal handler.
 thread_local MThreadControl* tControl = nullptr;
+// Depth of the calling thread's StHoldOff stretches; read by the signal handler.
+thread_local volatile int tHoldOff = 0;
 
 // Waits while the calling thread is held. `announce`: in the hold signal's
 // handler, where each turn tells the holder that the thread has stopped.
@@ -63,13 +65,21 @@ namespace {
 void HoldWhileSuspended(bool announce) {
   MThreadControl* control = tControl;
   if (!control) return;  // not one of ours
+  auto tell = [&] {
+    if (!announce) return;
+    control->heard.fetch_add(1, std::memory_order_release);
+    WakeAll(control->heard);
+  };
+  // On entry, for a hold that was let go before the signal came in; and
+  // before each wait, for every hold added up to the load before it (one
+  // added while the thread is in here sends a signal that waits behind this
+  // handler).
+  tell();
+  if (announce && tHoldOff > 0) return;  // put off: kept at the end of the stretch
   for (;;) {
-    if (announce) {
-      control->heard.fetch_add(1, std::memory_order_release);
-      WakeAll(control->heard);
-    }
     const uint32_t holds = control->holds.load(std::memory_order_acquire);
     if (holds == 0) return;
+    tell();
     WaitWhile(control->holds, holds);
   }
 }
@@ -203,6 +213,13 @@ MThread::Hold MThread::AddHold() {
   }
   hold.mBefore = static_cast<long>(before);
   return hold;
+}
+
+MThread::StHoldOff::StHoldOff() { tHoldOff = tHoldOff + 1; }
+
+MThread::StHoldOff::~StHoldOff() {
+  tHoldOff = tHoldOff - 1;
+  if (tHoldOff == 0) HoldWhileSuspended(false);  // a hold that came meanwhile
 }
 
 void MThread::Hold::Wait() const {

@@ -75,6 +75,18 @@ class VBU_API MThread {
     bool mSelf = false;
   };
   Hold AddHold();
+
+  // A stretch of the calling thread in which holds are put off: a hold that
+  // comes meanwhile counts at once (SuspendThread returns), but the thread
+  // stops only at the end of the outermost one. For a thread that must not
+  // be held while it owns a lock that the one who lets it go needs.
+  class VBU_API StHoldOff {
+   public:
+    StHoldOff();
+    ~StHoldOff();
+    StHoldOff(const StHoldOff&) = delete;
+    StHoldOff& operator=(const StHoldOff&) = delete;
+  };
   // Takes one hold away; at 0 the thread runs on. Gives the count of holds
   // before this call (0: the thread was running, and nothing changes), or -1.
   long ResumeThread();

@@ -149,7 +149,9 @@ void CBrevanderThread::Pause() {
   {
     // The flag and the hold change together, so a Continue sees both or
     // neither; the wait for the stop (on a worker that pauses itself: the
-    // stop itself) comes after the guard, which Continue needs.
+    // stop itself) comes after the guard, which Continue needs. For the
+    // same reason the worker is never held while it owns the guard.
+    MThread::StHoldOff holdOff;
     CSingleLock guard(&mThreadGuard, true);
     MThread* thread = mWinThread;
     if (!mCanKill || !thread || mPaused) return;
@@ -161,6 +163,7 @@ void CBrevanderThread::Pause() {
 }
 
 void CBrevanderThread::Continue() {
+  MThread::StHoldOff holdOff;
   CSingleLock guard(&mThreadGuard, true);
   MThread* thread = mWinThread;
   if (!mCanKill || !thread || !mPaused) return;
@@ -217,8 +220,15 @@ void CBrevanderThread::Finish(bool runPostPlay) {
 
 void CBrevanderThread::End(bool runPostPlay) {
   {
+    MThread::StHoldOff holdOff;
     CSingleLock guard(&mThreadGuard, true);
-    mWinThread = nullptr;
+    // A pause that met the worker on its way here would hold it for good:
+    // with the thread object gone, no Continue could reach it.
+    MThread* thread = mWinThread.exchange(nullptr);
+    if (thread && mPaused) {
+      thread->ResumeThread();
+      mPaused = false;
+    }
   }
   if (mWorkerThread && !MThread::IsMainThread()) {
     // After the host's shutdown (CThreadDispatcher::DeleteAll) nothing more

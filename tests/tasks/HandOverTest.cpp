@@ -124,7 +124,7 @@ class SelfPauser : public CBrevanderThread {
 
 TEST(HandOver, ASelfPauseIsNeverLostToAContinueThatComesFirst) {
   SetUpMainThread();
-  const long rounds = std::getenv("VBU_LONG_TESTS") ? 100000 : 20000;
+  const long rounds = std::getenv("VBU_LONG_TESTS") ? 500000 : 100000;
   SelfPauser task(rounds);
   task.Execute();
   const auto end = Clock::now() + std::chrono::seconds(60);
