@@ -36,8 +36,8 @@ thread_local MThreadControl* tControl = nullptr;
 // Depth of the calling thread's StHoldOff stretches; read by the signal handler.
 thread_local volatile int tHoldOff = 0;
 
-// Waits while the calling thread is held. `announce`: in the hold signal's
-// handler, where each turn tells the holder that the thread has stopped.
+// Waits while the calling thread is held, telling the holders that it
+// stands still. `announce`: in the hold signal's handler.
 void HoldWhileSuspended(bool announce);
 
 }  // namespace
@@ -66,15 +66,14 @@ void HoldWhileSuspended(bool announce) {
   MThreadControl* control = tControl;
   if (!control) return;  // not one of ours
   auto tell = [&] {
-    if (!announce) return;
     control->heard.fetch_add(1, std::memory_order_release);
     WakeAll(control->heard);
   };
-  // On entry, for a hold that was let go before the signal came in; and
-  // before each wait, for every hold added up to the load before it (one
-  // added while the thread is in here sends a signal that waits behind this
-  // handler).
-  tell();
+  // In the handler, on entry, for a hold that was let go before the signal
+  // came in. And before each wait, on any road here, for every hold added
+  // up to the load before it: a signal sent meanwhile waits behind this
+  // handler, or (where a sanitizer defers signals) behind the wait itself.
+  if (announce) tell();
   if (announce && tHoldOff > 0) return;  // put off: kept at the end of the stretch
   for (;;) {
     const uint32_t holds = control->holds.load(std::memory_order_acquire);

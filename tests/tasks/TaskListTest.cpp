@@ -121,6 +121,7 @@ TEST_F(TaskList, DifferentClassesAndTasksThatAreNotSingleRunRunSideBySideAndTheL
   EXPECT_EQ(List()->FindThread(b->GetThreadId()), b);
   unsigned short name[] = {'B', 'u', 'r', 'n', ' ', 'd', 'i', 's', 'c', 0};
   EXPECT_EQ(List()->FindThread(name), shown);
+  EXPECT_EQ(List()->FindThread(u"Burn disc"_u16), shown) << "a literal passes";
   name[0] = 'b';
   EXPECT_EQ(List()->FindThread(name), nullptr) << "case matters";
   gate.Open();
