@@ -33,8 +33,10 @@ std::atomic<unsigned long> gMainThreadId{0};
 thread_local unsigned long tThreadId = 0;
 // The control of the calling thread if an MThread runs it; read by the signal handler.
 thread_local MThreadControl* tControl = nullptr;
-// Depth of the calling thread's StHoldOff stretches; read by the signal handler.
+// Depth of the calling thread's StHoldOff stretches, and whether a hold
+// came in one of them; shared with the signal handler.
 thread_local volatile int tHoldOff = 0;
+thread_local volatile bool tHoldPutOff = false;
 
 // Waits while the calling thread is held, telling the holders that it
 // stands still. `announce`: in the hold signal's handler.
@@ -74,7 +76,10 @@ void HoldWhileSuspended(bool announce) {
   // up to the load before it: a signal sent meanwhile waits behind this
   // handler, or (where a sanitizer defers signals) behind the wait itself.
   if (announce) tell();
-  if (announce && tHoldOff > 0) return;  // put off: kept at the end of the stretch
+  if (announce && tHoldOff > 0) {
+    tHoldPutOff = true;  // kept at the end of the stretch
+    return;
+  }
   for (;;) {
     const uint32_t holds = control->holds.load(std::memory_order_acquire);
     if (holds == 0) return;
@@ -103,6 +108,8 @@ struct MThreadRunner {
     HoldWhileSuspended(false);  // held back until the first ResumeThread
     MThread* self = nullptr;
     {
+      // Never held while it owns the lock that ResumeThread needs.
+      MThread::StHoldOff holdOff;
       std::lock_guard<std::mutex> lock(control->mutex);
       if (!control->abandoned) self = control->object;
       control->running = true;
@@ -115,6 +122,11 @@ struct MThreadRunner {
       } else {
         self->ExitInstance();
       }
+    }
+    // From here on the thread only ends: a hold would gain nothing, and
+    // would keep the lock that ResumeThread needs.
+    tHoldOff = tHoldOff + 1;
+    if (self) {
       MThread* done = nullptr;
       {
         std::lock_guard<std::mutex> lock(control->mutex);
@@ -190,6 +202,7 @@ long MThread::SuspendThread() {
 
 MThread::Hold MThread::AddHold() {
   MThreadControl& control = *mControl;
+  StHoldOff holdOff;  // on the thread itself, not held while it owns the lock
   Hold hold;
   hold.mControl = mControl;
   hold.mSelf = tControl == &control;
@@ -218,7 +231,10 @@ MThread::StHoldOff::StHoldOff() { tHoldOff = tHoldOff + 1; }
 
 MThread::StHoldOff::~StHoldOff() {
   tHoldOff = tHoldOff - 1;
-  if (tHoldOff == 0) HoldWhileSuspended(false);  // a hold that came meanwhile
+  if (tHoldOff == 0 && tHoldPutOff) {  // a hold came meanwhile
+    tHoldPutOff = false;
+    HoldWhileSuspended(false);
+  }
 }
 
 void MThread::Hold::Wait() const {
@@ -234,6 +250,7 @@ void MThread::Hold::Wait() const {
 
 long MThread::ResumeThread() {
   MThreadControl& control = *mControl;
+  StHoldOff holdOff;
   std::lock_guard<std::mutex> lock(control.mutex);
   if (!control.created || control.ended) {
     SetLastError(ErrorFromErrno(ESRCH));

@@ -79,7 +79,9 @@ class VBU_API MThread {
   // A stretch of the calling thread in which holds are put off: a hold that
   // comes meanwhile counts at once (SuspendThread returns), but the thread
   // stops only at the end of the outermost one. For a thread that must not
-  // be held while it owns a lock that the one who lets it go needs.
+  // be held while it owns a lock that the one who lets it go needs. The
+  // thread's own lock sections here are such stretches, and so is the end
+  // of the thread, from the return of its function.
   class VBU_API StHoldOff {
    public:
     StHoldOff();
