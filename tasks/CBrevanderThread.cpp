@@ -192,8 +192,16 @@ bool CBrevanderThread::Execute() {
     // Onto the list and started under one hold of the list's lock, so that
     // tasks of a class wait in the order in which they arrived.
     CSingleLock lock(&list->mSection, true);
+    // A listener of 29000 may end the task, and it may be deleted (and its
+    // memory given to a new task) before AddThread returns: the token says.
+    // Under the lock nobody else can take it off the list and delete it.
+    const std::shared_ptr<Life> life = mLife;
     list->AddThread(this);
-    list->Start(this);
+    {
+      std::lock_guard<std::mutex> guard(life->mutex);
+      if (life->deleted) return true;
+    }
+    if (!HasEnded()) list->Start(this);
     return true;
   }
   list->AddThread(this);

@@ -184,8 +184,9 @@ class VBU_API CBrevanderThread : public LBroadcaster {
   void End(bool runPostPlay);
   bool HasEnded() const { return mRun == kRunEnded; }
 
-  // What outlives a kept task for its end on the worker: whether the owner
-  // has deleted it, and which thread, if any, is sending kMsgTaskFinished.
+  // What outlives a task: whether it has been deleted, and which thread, if
+  // any, is sending kMsgTaskFinished (a kept task's owner may delete it
+  // meanwhile).
   struct Life {
     std::mutex mutex;  // guards the two fields
     std::condition_variable finished;
