@@ -33,9 +33,13 @@ std::atomic<unsigned long> gMainThreadId{0};
 thread_local unsigned long tThreadId = 0;
 // The control of the calling thread if an MThread runs it; read by the signal handler.
 thread_local MThreadControl* tControl = nullptr;
+// Depth of the calling thread's StHoldOff stretches, and whether a hold
+// came in one of them; shared with the signal handler.
+thread_local volatile int tHoldOff = 0;
+thread_local volatile bool tHoldPutOff = false;
 
-// Waits while the calling thread is held. `announce`: in the hold signal's
-// handler, where each turn tells the holder that the thread has stopped.
+// Waits while the calling thread is held, telling the holders that it
+// stands still. `announce`: in the hold signal's handler.
 void HoldWhileSuspended(bool announce);
 
 }  // namespace
@@ -63,13 +67,23 @@ namespace {
 void HoldWhileSuspended(bool announce) {
   MThreadControl* control = tControl;
   if (!control) return;  // not one of ours
+  auto tell = [&] {
+    control->heard.fetch_add(1, std::memory_order_release);
+    WakeAll(control->heard);
+  };
+  // In the handler, on entry, for a hold that was let go before the signal
+  // came in. And before each wait, on any road here, for every hold added
+  // up to the load before it: a signal sent meanwhile waits behind this
+  // handler, or (where a sanitizer defers signals) behind the wait itself.
+  if (announce) tell();
+  if (announce && tHoldOff > 0) {
+    tHoldPutOff = true;  // kept at the end of the stretch
+    return;
+  }
   for (;;) {
-    if (announce) {
-      control->heard.fetch_add(1, std::memory_order_release);
-      WakeAll(control->heard);
-    }
     const uint32_t holds = control->holds.load(std::memory_order_acquire);
     if (holds == 0) return;
+    tell();
     WaitWhile(control->holds, holds);
   }
 }
@@ -94,6 +108,8 @@ struct MThreadRunner {
     HoldWhileSuspended(false);  // held back until the first ResumeThread
     MThread* self = nullptr;
     {
+      // Never held while it owns the lock that ResumeThread needs.
+      MThread::StHoldOff holdOff;
       std::lock_guard<std::mutex> lock(control->mutex);
       if (!control->abandoned) self = control->object;
       control->running = true;
@@ -106,6 +122,11 @@ struct MThreadRunner {
       } else {
         self->ExitInstance();
       }
+    }
+    // From here on the thread only ends: a hold would gain nothing, and
+    // would keep the lock that ResumeThread needs.
+    tHoldOff = tHoldOff + 1;
+    if (self) {
       MThread* done = nullptr;
       {
         std::lock_guard<std::mutex> lock(control->mutex);
@@ -174,39 +195,62 @@ bool MThread::CreateThread(bool suspended) {
 }
 
 long MThread::SuspendThread() {
+  const Hold hold = AddHold();
+  hold.Wait();
+  return hold.Before();
+}
+
+MThread::Hold MThread::AddHold() {
   MThreadControl& control = *mControl;
-  const bool self = tControl == &control;
-  uint32_t before, heard;
-  {
-    std::lock_guard<std::mutex> lock(control.mutex);
-    if (!control.created || control.ended) {
-      SetLastError(ErrorFromErrno(ESRCH));
-      return -1;
-    }
-    heard = control.heard.load(std::memory_order_acquire);
-    before = control.holds.fetch_add(1, std::memory_order_acq_rel);
-    // A thread at its start, or held already, needs no signal. The signal
-    // goes under the lock, so the thread cannot have ended meanwhile.
-    if (before == 0 && !self) {
-      if (int error = SignalThread(control.handle)) {
-        control.holds.fetch_sub(1, std::memory_order_acq_rel);
-        SetLastError(ErrorFromErrno(error));
-        return -1;
-      }
+  StHoldOff holdOff;  // on the thread itself, not held while it owns the lock
+  Hold hold;
+  hold.mControl = mControl;
+  hold.mSelf = tControl == &control;
+  std::lock_guard<std::mutex> lock(control.mutex);
+  if (!control.created || control.ended) {
+    SetLastError(ErrorFromErrno(ESRCH));
+    return hold;
+  }
+  hold.mHeard = control.heard.load(std::memory_order_acquire);
+  const uint32_t before = control.holds.fetch_add(1, std::memory_order_acq_rel);
+  // A thread at its start, or held already, needs no signal, nor one that
+  // holds itself: it stops in Wait. The signal goes under the lock, so the
+  // thread cannot have ended meanwhile.
+  if (before == 0 && !hold.mSelf) {
+    if (int error = SignalThread(control.handle)) {
+      control.holds.fetch_sub(1, std::memory_order_acq_rel);
+      SetLastError(ErrorFromErrno(error));
+      return hold;
     }
   }
-  if (before == 0) {
-    if (self) {
-      SignalThread(control.handle);  // the handler holds this very thread until it is let go
-    } else {
-      while (control.heard.load(std::memory_order_acquire) == heard) WaitWhile(control.heard, heard);
-    }
+  hold.mBefore = static_cast<long>(before);
+  return hold;
+}
+
+MThread::StHoldOff::StHoldOff() { tHoldOff = tHoldOff + 1; }
+
+MThread::StHoldOff::~StHoldOff() {
+  tHoldOff = tHoldOff - 1;
+  if (tHoldOff == 0 && tHoldPutOff) {  // a hold came meanwhile
+    tHoldPutOff = false;
+    HoldWhileSuspended(false);
   }
-  return static_cast<long>(before);
+}
+
+void MThread::Hold::Wait() const {
+  if (mBefore != 0) return;  // refused, or the thread stood still already
+  MThreadControl& control = *mControl;
+  if (mSelf) {
+    HoldWhileSuspended(false);
+    return;
+  }
+  // The signal's handler counts itself in `heard` (so does the thread's end).
+  while (control.heard.load(std::memory_order_acquire) == mHeard) WaitWhile(control.heard, mHeard);
 }
 
 long MThread::ResumeThread() {
   MThreadControl& control = *mControl;
+  StHoldOff holdOff;
   std::lock_guard<std::mutex> lock(control.mutex);
   if (!control.created || control.ended) {
     SetLastError(ErrorFromErrno(ESRCH));

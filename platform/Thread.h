@@ -53,6 +53,42 @@ class VBU_API MThread {
   // system does not restart it. A thread that blocks the signal is not held
   // until it unblocks it.
   long SuspendThread();
+  // SuspendThread in two steps, for a caller that keeps state of its own in
+  // step with the hold under a lock of its own, and must not wait under it.
+  // AddHold takes the hold at once and gives what SuspendThread gives; the
+  // thread stops soon after. The caller drops its lock and then calls
+  // Wait on the result, which returns once the thread has stopped (or
+  // ended, or has been let go again). On the held thread itself, AddHold
+  // does not stop it: Wait is where it stops, until it is let go, and a
+  // ResumeThread that comes between the two cancels the stop. The result
+  // outlives the thread object.
+  class VBU_API Hold {
+   public:
+    long Before() const { return mBefore; }
+    void Wait() const;
+
+   private:
+    friend class MThread;
+    std::shared_ptr<MThreadControl> mControl;
+    long mBefore = -1;
+    uint32_t mHeard = 0;  // the thread's count of taken signals when the hold was added
+    bool mSelf = false;
+  };
+  Hold AddHold();
+
+  // A stretch of the calling thread in which holds are put off: a hold that
+  // comes meanwhile counts at once (SuspendThread returns), but the thread
+  // stops only at the end of the outermost one. For a thread that must not
+  // be held while it owns a lock that the one who lets it go needs. The
+  // thread's own lock sections here are such stretches, and so is the end
+  // of the thread, from the return of its function.
+  class VBU_API StHoldOff {
+   public:
+    StHoldOff();
+    ~StHoldOff();
+    StHoldOff(const StHoldOff&) = delete;
+    StHoldOff& operator=(const StHoldOff&) = delete;
+  };
   // Takes one hold away; at 0 the thread runs on. Gives the count of holds
   // before this call (0: the thread was running, and nothing changes), or -1.
   long ResumeThread();

@@ -33,10 +33,11 @@ CBrevanderThread::CBrevanderThread(bool selfDestroy)
       mAverageProgress(0),
       mStableEstimateCount(0),
       mResult(false),
-      mEnded(false) {}
+      mLife(std::make_shared<Life>()),
+      mRun(kRunWaiting) {}
 
 CBrevanderThread::CBrevanderThread(const CBrevanderThread& other)
-    : LBroadcaster(other), mWinThread(nullptr), mEnded(false) {
+    : LBroadcaster(other), mWinThread(nullptr), mLife(std::make_shared<Life>()), mRun(kRunWaiting) {
   *this = other;
 }
 
@@ -70,6 +71,13 @@ CBrevanderThread& CBrevanderThread::operator=(const CBrevanderThread& other) {
 }
 
 CBrevanderThread::~CBrevanderThread() {
+  {
+    // A kMsgTaskFinished under way on another thread still reads this task.
+    std::unique_lock<std::mutex> lock(mLife->mutex);
+    mLife->deleted = true;
+    const unsigned long self = MThreadQueue::CurrentThreadId();
+    mLife->finished.wait(lock, [&] { return mLife->finishing == 0 || mLife->finishing == self; });
+  }
   delete mWinThread.exchange(nullptr);
   BroadcastMessage(kMsgTaskDestroyed, this);
 }
@@ -80,6 +88,9 @@ bool CBrevanderThread::PrePlay() {
 }
 
 void CBrevanderThread::Start() {
+  // An Abort that came first has ended the task already.
+  int waiting = kRunWaiting;
+  if (!mRun.compare_exchange_strong(waiting, kRunStarted)) return;
   if (!ShouldStart()) {
     Finish(true);
     return;
@@ -134,21 +145,25 @@ long CBrevanderThread::GetProgressStartTime() { return mProgressStartTime; }
 long CBrevanderThread::GetStableEstimateCount() { return mStableEstimateCount; }
 
 void CBrevanderThread::Pause() {
-  CSingleLock guard(&mThreadGuard, true);
-  MThread* thread = mWinThread;
-  if (!mCanKill || !thread || mPaused) return;
-  if (thread->GetThreadId() == MThreadQueue::CurrentThreadId()) {
-    // The worker pauses itself: it must not hold the guard while it waits,
-    // or Continue could never come.
+  MThread::Hold hold;
+  {
+    // The flag and the hold change together, so a Continue sees both or
+    // neither; the wait for the stop (on a worker that pauses itself: the
+    // stop itself) comes after the guard, which Continue needs. For the
+    // same reason the worker is never held while it owns the guard.
+    MThread::StHoldOff holdOff;
+    CSingleLock guard(&mThreadGuard, true);
+    MThread* thread = mWinThread;
+    if (!mCanKill || !thread || mPaused) return;
+    hold = thread->AddHold();
+    if (hold.Before() < 0) return;
     mPaused = true;
-    guard.Unlock();
-    thread->SuspendThread();
-    return;
   }
-  if (thread->SuspendThread() >= 0) mPaused = true;
+  hold.Wait();
 }
 
 void CBrevanderThread::Continue() {
+  MThread::StHoldOff holdOff;
   CSingleLock guard(&mThreadGuard, true);
   MThread* thread = mWinThread;
   if (!mCanKill || !thread || !mPaused) return;
@@ -164,20 +179,29 @@ unsigned int CBrevanderThread::GetThreadId() { return mThreadId; }
 
 bool CBrevanderThread::Execute() {
   // Each Execute is a new run of the task.
-  mEnded = false;
-  const bool worker = mWorkerThread;
-  mStarted = !worker;  // a task without a worker is under way from here on: Abort does not end it
+  mRun = kRunWaiting;
   if (!PrePlay()) {
     delete this;
     return false;
   }
+  // Read after PrePlay, which may choose where the task runs.
+  const bool worker = mWorkerThread;
+  if (!worker) mRun = kRunStarted;  // under way from here on: Abort does not end it
   CThreadAction* list = CThreadAction::GetThreadAction();
   if (worker) {
     // Onto the list and started under one hold of the list's lock, so that
     // tasks of a class wait in the order in which they arrived.
     CSingleLock lock(&list->mSection, true);
+    // A listener of 29000 may end the task, and it may be deleted (and its
+    // memory given to a new task) before AddThread returns: the token says.
+    // Under the lock nobody else can take it off the list and delete it.
+    const std::shared_ptr<Life> life = mLife;
     list->AddThread(this);
-    list->Start(this);
+    {
+      std::lock_guard<std::mutex> guard(life->mutex);
+      if (life->deleted) return true;
+    }
+    if (!HasEnded()) list->Start(this);
     return true;
   }
   list->AddThread(this);
@@ -187,14 +211,10 @@ bool CBrevanderThread::Execute() {
 
 void CBrevanderThread::Abort() {
   mShouldStart = false;
-  bool started;
-  {
-    // The list starts tasks under this lock: a task is either started, and
-    // goes on, or it never will be, and ends here.
-    CSingleLock lock(&CThreadAction::GetThreadAction()->mSection, true);
-    started = mStarted;
-  }
-  if (!started) Finish(false);
+  // Start and Abort race for a waiting task in one step: it either starts,
+  // and goes on, or it never will, and ends here.
+  int waiting = kRunWaiting;
+  if (mRun.compare_exchange_strong(waiting, kRunEnded)) End(false);
 }
 
 void CBrevanderThread::Kill() {
@@ -202,18 +222,44 @@ void CBrevanderThread::Kill() {
 }
 
 void CBrevanderThread::Finish(bool runPostPlay) {
-  if (mEnded.exchange(true)) return;  // an Abort that met a refused start: the end runs once
+  if (mRun.exchange(kRunEnded) == kRunEnded) return;  // the end runs once, whatever calls it again
+  End(runPostPlay);
+}
+
+void CBrevanderThread::End(bool runPostPlay) {
   {
+    MThread::StHoldOff holdOff;
     CSingleLock guard(&mThreadGuard, true);
-    mWinThread = nullptr;
+    // A pause that met the worker on its way here would hold it for good:
+    // with the thread object gone, no Continue could reach it.
+    MThread* thread = mWinThread.exchange(nullptr);
+    if (thread && mPaused) {
+      thread->ResumeThread();
+      mPaused = false;
+    }
   }
   if (mWorkerThread && !MThread::IsMainThread()) {
+    // After the host's shutdown (CThreadDispatcher::DeleteAll) nothing more
+    // of the task runs here, and nothing it would start.
+    if (CThreadDispatcher::HasShutDown()) return;
     if (mSelfDestroy) {
       // PostPlay and deletion belong to the user-interface thread.
       if (CThreadDispatcher::PostFinished(this)) return;
     } else {
+      // From the removal on, the owner may delete the task on any thread:
+      // the token tells whether it still lives, and holds its deletion back
+      // while kMsgTaskFinished is under way.
+      const std::shared_ptr<Life> life = mLife;
       CleanUp(runPostPlay);
+      {
+        std::lock_guard<std::mutex> lock(life->mutex);
+        if (life->deleted) return;
+        life->finishing = MThreadQueue::CurrentThreadId();
+      }
       BroadcastMessage(kMsgTaskFinished, this);
+      std::lock_guard<std::mutex> lock(life->mutex);
+      life->finishing = 0;
+      life->finished.notify_all();
       return;
     }
   }

@@ -20,6 +20,9 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
 
 #include <VantoroBasicUtils/messaging/LBroadcaster.h>
 #include <VantoroBasicUtils/platform/Export.h>
@@ -71,7 +74,10 @@ class VBU_API CBrevanderThread : public LBroadcaster {
   virtual long GetProgressStartTime();
   virtual long GetStableEstimateCount();
   // Holds the worker thread wherever it is (see MThread::SuspendThread for
-  // the risks), if the task may be killed and has a worker; once.
+  // the risks), if the task may be killed and has a worker; once. From
+  // another thread it returns once the worker stands still; a worker that
+  // pauses itself stops inside it. IsPaused and the hold always agree: a
+  // Continue that comes before the worker stops cancels the stop.
   virtual void Pause();
   // Lets a paused worker go on.
   virtual void Continue();
@@ -90,13 +96,25 @@ class VBU_API CBrevanderThread : public LBroadcaster {
   bool Execute();
   // Clears ShouldStart. A task whose worker has not started (a waiting one)
   // ends at once, without PostPlay; a running one must look at ShouldStart.
-  // A task without a worker counts as started from Execute on.
+  // A task without a worker counts as started from Execute on. Takes no
+  // lock of the task list, so it may come from any thread at any time.
   void Abort();
   // Asks KillSelf, if the task may be killed and is not cancelled already.
   void Kill();
   // The end of the task; runs once, whatever calls it again. On a worker
   // thread other than the main thread a self-destroying task is handed to
-  // the dispatcher (or, with no dispatcher, ends on the spot).
+  // the dispatcher (or, if none was ever made, ends on the spot). Once the
+  // host has called CThreadDispatcher::DeleteAll, a worker task that ends
+  // off the main thread does nothing more: no PostPlay, no removal from the
+  // list (so nothing waiting starts), no deletion.
+  //
+  // A kept worker task (not self-destroying) may be deleted by its owner, on
+  // any thread, at any moment after kMsgThreadRemoved (29001) has reached
+  // it, even from inside that listener on the worker: the library touches
+  // nothing of a deleted task, and a kMsgTaskFinished not sent by then is
+  // not sent. A deletion on another thread while kMsgTaskFinished is under
+  // way waits for that broadcast to end. CanKill turning false is no sign:
+  // it does so before the end.
   void Finish(bool runPostPlay);
   // PostPlay (if asked), kMsgTaskCleanUp, removal from the list, and deletion if self-destroying.
   void CleanUp(bool runPostPlay);
@@ -158,11 +176,34 @@ class VBU_API CBrevanderThread : public LBroadcaster {
   bool mResult;
 
  private:
+  friend class CThreadAction;  // passes no turn to a task that has ended
+
   // What the worker thread runs, and a task without a worker inside Execute.
   static unsigned int ThreadEntry(void* task);
+  // The body of Finish, for the one caller that has claimed the end.
+  void End(bool runPostPlay);
+  bool HasEnded() const { return mRun == kRunEnded; }
 
-  // Serialises Pause and Continue with the end of the worker, whose thread
-  // object goes when its function returns.
+  // What outlives a task: whether it has been deleted, and which thread, if
+  // any, is sending kMsgTaskFinished (a kept task's owner may delete it
+  // meanwhile).
+  struct Life {
+    std::mutex mutex;  // guards the two fields
+    std::condition_variable finished;
+    bool deleted = false;
+    unsigned long finishing = 0;
+  };
+
+  // Locks of a task. mThreadGuard makes Pause and Continue one step each
+  // with mWinThread, mPaused and the worker's hold, against each other and
+  // the end of the worker (whose thread object goes when its function
+  // returns); Life::mutex guards what the kept task's end shares with its
+  // deletion. Neither is held across a wait for another thread, a listener
+  // or a task start, and no other lock is taken under them.
   CCriticalSection mThreadGuard;
-  std::atomic<bool> mEnded;  // Finish has run
+  std::shared_ptr<Life> mLife;
+  // Where the run stands; Start, Abort and Finish each claim their step
+  // with one atomic change, so exactly one of them ends a run.
+  enum { kRunWaiting, kRunStarted, kRunEnded };
+  std::atomic<int> mRun;
 };

@@ -41,8 +41,12 @@ void CIdleProcesses::RemoveProcess(CIdleProcess* process) {
 }
 
 void CIdleProcesses::ExecuteAll() {
-  LListIterator it(mProcesses);
-  for (CIdleProcess* process; it.Next(&process);) {
+  // Always the oldest pending one, taken off the list before it runs: an
+  // ExecuteAll entered again from inside it (a modal loop that idles) must
+  // not run it a second time, and processes made meanwhile stand behind.
+  CIdleProcess* process = nullptr;
+  while (mProcesses.FetchItemAt(1, &process)) {
+    mProcesses.RemoveItemsAt(1, 1);
     if (process) process->Execute();
   }
 }

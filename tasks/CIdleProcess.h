@@ -16,7 +16,8 @@
 #include <VantoroBasicUtils/platform/Export.h>
 
 // One piece of deferred work, always made with new: it stands on
-// gIdleProcesses from construction to destruction, and Execute deletes it.
+// gIdleProcesses from construction until it runs or is deleted, and
+// Execute deletes it.
 class VBU_API CIdleProcess : public CMemoryCheck {
  public:
   // Enters gIdleProcesses, at the end.
@@ -47,7 +48,10 @@ class VBU_API CIdleProcesses {
   void RemoveProcess(CIdleProcess* process);
   // Runs every pending process once, in order of creation, and deletes it;
   // processes made meanwhile run in the same call, and processes deleted
-  // meanwhile do not run. The list ends empty.
+  // meanwhile do not run. The list ends empty. A process leaves the list as
+  // it starts to run, so an ExecuteAll entered again from inside it (a
+  // modal loop that calls the idle handler) runs each of the others once
+  // and never it.
   void ExecuteAll();
 
  private:

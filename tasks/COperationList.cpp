@@ -27,7 +27,7 @@ bool COperation::UndoSelf() { return false; }
 
 std::atomic<COperationList*> COperationList::sOperationList{nullptr};
 
-COperationList::COperationList() : mCurrent(0) { sOperationList = this; }
+COperationList::COperationList() : mCurrent(0), mCount(0) { sOperationList = this; }
 
 COperationList::~COperationList() {
   removeOperationList();
@@ -66,15 +66,13 @@ void COperationList::addOperation(COperation* op) {
   CSingleLock lock(&mSafe, true);
   removeAfterCurrent();
   mOperations.InsertItemsAt(1, kLastIndex, &op, 0);
-  mCurrent = mOperations.GetCount();
+  mCount = mOperations.GetCount();
+  mCurrent = mCount.load();
 }
 
 bool COperationList::canUndo() { return mCurrent > 0; }
 
-bool COperationList::canRedo() {
-  CSingleLock lock(&mSafe, true);  // the count is not one word that a reader may take unguarded
-  return mCurrent < mOperations.GetCount();
-}
+bool COperationList::canRedo() { return mCurrent < mCount; }
 
 void COperationList::undo() {
   CSingleLock lock(&mSafe, true);
@@ -104,6 +102,7 @@ void COperationList::removeAfterCurrent() {
     delete op;
   }
   if (count > current) mOperations.RemoveItemsAt(static_cast<unsigned long>(count - current), current + 1);
+  mCount = mOperations.GetCount();
 }
 
 void COperationList::removeOperationList() {

@@ -18,7 +18,9 @@ class COperation;
 
 // The changes hold mSafe, which the holding thread may take again, from
 // entry to exit; operations undo and redo, and cut-off operations die,
-// under it. CanUndo and CanRedo read without it.
+// under it. CanUndo, CanRedo, GetCurrent and GetCount read without it, so
+// a menu update never waits behind an undo on another thread (whose
+// UndoSelf may be waiting for the menu's thread).
 class VBU_API COperationList {
  public:
   // An empty history; becomes the current one.
@@ -53,12 +55,15 @@ class VBU_API COperationList {
 
   // The number of operations counted as done (the cursor), and on the list.
   unsigned long GetCurrent() const { return mCurrent; }
-  unsigned long GetCount() const { return mOperations.GetCount(); }
+  unsigned long GetCount() const { return mCount; }
 
  private:
+  // mSafe guards mOperations, and orders the changes of the two words
+  // below, which readers take without it.
   CCriticalSection mSafe;
   LList mOperations;                    // COperation*, owned; oldest first
   std::atomic<unsigned long> mCurrent;  // operations 1 to mCurrent are done
+  std::atomic<unsigned long> mCount;    // mOperations' count, kept with it
 
   static std::atomic<COperationList*> sOperationList;
 };

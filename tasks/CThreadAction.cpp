@@ -1,5 +1,6 @@
 #include "tasks/CThreadAction.h"
 
+#include <cstring>
 #include <typeinfo>
 
 #include "tasks/CBrevanderThread.h"
@@ -21,9 +22,30 @@ CThreadAction* CThreadAction::GetThreadAction() { return &sThreadAction; }
 
 void CThreadAction::AddThread(CBrevanderThread* task) {
   CSingleLock lock(&mSection, true);
-  Append(mThreads, task);
-  if (task->IsVisible()) Append(mVisibleThreads, task);
+  Enter(task);
   BroadcastMessage(kMsgThreadAdded, task);
+}
+
+void CThreadAction::Enter(CBrevanderThread* task) {
+  const bool visible = task->IsVisible();
+  std::lock_guard<std::mutex> items(mItemsGuard);
+  Append(mThreads, task);
+  mThreadCount = static_cast<long>(mThreads.GetCount());
+  if (visible) {
+    Append(mVisibleThreads, task);
+    mVisibleCount = static_cast<long>(mVisibleThreads.GetCount());
+  }
+}
+
+void CThreadAction::Leave(CBrevanderThread* task) {
+  const bool visible = task->IsVisible();
+  std::lock_guard<std::mutex> items(mItemsGuard);
+  mThreads.Remove(&task);
+  mThreadCount = static_cast<long>(mThreads.GetCount());
+  if (visible) {
+    mVisibleThreads.Remove(&task);
+    mVisibleCount = static_cast<long>(mVisibleThreads.GetCount());
+  }
 }
 
 void CThreadAction::Start(CBrevanderThread* task) {
@@ -46,7 +68,7 @@ void CThreadAction::RemoveThread(CBrevanderThread* task) {
   CSingleLock lock(&mSection, true);
   if (Contains(mRunningThreads, task)) {
     mRunningThreads.Remove(&task);
-    if (CBrevanderThread* next = FindWaitingThread(task)) {
+    if (CBrevanderThread* next = FindOfClass(&mWaitingThreads, task, true)) {
       task->PassInformation(next);
       Append(mRunningThreads, next);
       mWaitingThreads.Remove(&next);
@@ -57,8 +79,7 @@ void CThreadAction::RemoveThread(CBrevanderThread* task) {
   } else {
     mWaitingThreads.Remove(&task);
   }
-  mThreads.Remove(&task);
-  if (task->IsVisible()) mVisibleThreads.Remove(&task);
+  Leave(task);
   BroadcastMessage(kMsgThreadRemoved, task);
 }
 
@@ -67,13 +88,19 @@ CBrevanderThread* CThreadAction::FindRunningThread(CBrevanderThread* task) { ret
 CBrevanderThread* CThreadAction::FindWaitingThread(CBrevanderThread* task) { return FindThread(&mWaitingThreads, task); }
 
 CBrevanderThread* CThreadAction::FindThread(LList* list, CBrevanderThread* task) {
+  return FindOfClass(list, task, false);
+}
+
+CBrevanderThread* CThreadAction::FindOfClass(LList* list, CBrevanderThread* task, bool live) {
   if (!list || !task) return nullptr;
   CSingleLock lock(&mSection, true);
-  const std::type_info& type = typeid(*task);
+  // By name, not by type_info: classes of one name in unnamed namespaces of
+  // two files are distinct types, yet one class to the host.
+  const char* name = typeid(*task).name();
   for (long i = 1; i <= static_cast<long>(list->GetCount()); ++i) {
     CBrevanderThread* item = nullptr;
     list->FetchItemAt(i, &item);
-    if (item && typeid(*item) == type) return item;
+    if (item && std::strcmp(typeid(*item).name(), name) == 0 && !(live && item->HasEnded())) return item;
   }
   return nullptr;
 }
@@ -89,6 +116,10 @@ CBrevanderThread* CThreadAction::FindThread(unsigned int threadId) {
 }
 
 CBrevanderThread* CThreadAction::FindThread(unsigned short* description) {
+  return FindThread(static_cast<const unsigned short*>(description));
+}
+
+CBrevanderThread* CThreadAction::FindThread(const unsigned short* description) {
   if (!description) return nullptr;
   CSingleLock lock(&mSection, true);
   for (long i = 1; i <= static_cast<long>(mThreads.GetCount()); ++i) {
@@ -106,19 +137,12 @@ CBrevanderThread* CThreadAction::GetFirstVisibleThread() {
   return first;
 }
 
-// The counts and GetThread take the lock too: a list's block can move under a reader otherwise.
-long CThreadAction::GetVisibleCount() {
-  CSingleLock lock(&mSection, true);
-  return static_cast<long>(mVisibleThreads.GetCount());
-}
+long CThreadAction::GetVisibleCount() { return mVisibleCount; }
 
-long CThreadAction::GetThreadCount() {
-  CSingleLock lock(&mSection, true);
-  return static_cast<long>(mThreads.GetCount());
-}
+long CThreadAction::GetThreadCount() { return mThreadCount; }
 
 CBrevanderThread* CThreadAction::GetThread(long position) {
-  CSingleLock lock(&mSection, true);
+  std::lock_guard<std::mutex> items(mItemsGuard);
   CBrevanderThread* task = nullptr;
   mThreads.FetchItemAt(position, &task);
   return task;

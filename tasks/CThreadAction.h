@@ -10,6 +10,9 @@
 //   if (CThreadAction::GetThreadAction()->IsThreadTypeRunning(kBurnTask)) std::printf("burning\n");
 #pragma once
 
+#include <atomic>
+#include <mutex>
+
 #include <VantoroBasicUtils/containers/LArray.h>
 #include <VantoroBasicUtils/messaging/LBroadcaster.h>
 #include <VantoroBasicUtils/platform/Export.h>
@@ -21,12 +24,16 @@ class CBrevanderThread;
 constexpr long kMsgThreadAdded = 29000;    // at the end of AddThread
 constexpr long kMsgThreadRemoved = 29001;  // at the end of RemoveThread
 
-// All operations hold mSection, a lock that the holding thread may take
-// again: a listener of 29000 or 29001, and an overriding Start or
-// PassInformation, may start, abort or look up tasks, but must not wait for
-// another thread that may itself call into the list. Listeners run on the
-// thread that made the call, which can be a worker thread. Tasks are two of
-// one class when their most derived classes are the same.
+// The operations hold mSection, a lock that the holding thread may take
+// again, except GetThreadCount, GetVisibleCount and GetThread, which take
+// it never and answer at once whatever other threads hold: a count or a
+// position read from them may be stale by the time it is used. A listener
+// of 29000 or 29001, and an overriding Start or PassInformation, may start,
+// abort or look up tasks, but must not wait for another thread that may
+// itself call into the list. Listeners run on the thread that made the
+// call, which can be a worker thread. Tasks are two of one class when the
+// names of their most derived classes, as run-time type identification
+// gives them, are equal.
 class VBU_API CThreadAction : public LBroadcaster {
  public:
   CThreadAction();
@@ -54,23 +61,41 @@ class VBU_API CThreadAction : public LBroadcaster {
   // The first running single-run task whose GetThreadId is `threadId`, or null.
   CBrevanderThread* FindThread(unsigned int threadId);
   // The first task whose GetDescription equals `description` (case matters), or null.
+  CBrevanderThread* FindThread(const unsigned short* description);
   CBrevanderThread* FindThread(unsigned short* description);
   CBrevanderThread* GetFirstVisibleThread();
   long GetVisibleCount();
   long GetThreadCount();
-  // The task at 1-based `position`, or null. A count read earlier may be stale by now.
+  // The task at 1-based `position`, or null. A count read earlier may be
+  // stale by now: a loop up to GetThreadCount must allow for a null.
   CBrevanderThread* GetThread(long position);
   // The position of the first task of `type` (GetThreadType), waiting ones too; 0 if none.
   long IsThreadTypeRunning(long type);
 
  private:
-  friend class CBrevanderThread;  // Execute adds and starts under one hold; Abort looks under it
+  friend class CBrevanderThread;  // Execute adds and starts under one hold
 
+  // The first task on `list` of the class of `task`; with `live`, only one
+  // whose run has not ended (an aborted waiting task is passed nothing).
+  CBrevanderThread* FindOfClass(LList* list, CBrevanderThread* task, bool live);
+  // Change mThreads and mVisibleThreads (under mSection) with their counts.
+  void Enter(CBrevanderThread* task);
+  void Leave(CBrevanderThread* task);
+
+  // Locks of the list. mSection guards the four lists, and is held across
+  // task starts, PassInformation and the broadcasts 29000 and 29001, as the
+  // operations above say. mItemsGuard guards only the storage of mThreads
+  // against GetThread while Enter or Leave moves it; it is held for the
+  // change of one item or one fetch, never across anything else, and is
+  // the last lock taken. The counts are single words, written under both.
   LList mThreads;         // every task, in order of arrival
   LList mVisibleThreads;  // those visible on arrival
   LList mRunningThreads;  // single-run worker tasks that have been started
   LList mWaitingThreads;  // single-run worker tasks held back by a running one of their class
   CCriticalSection mSection;
+  std::mutex mItemsGuard;
+  std::atomic<long> mThreadCount{0};
+  std::atomic<long> mVisibleCount{0};
 
   static CThreadAction sThreadAction;
 };

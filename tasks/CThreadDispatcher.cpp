@@ -1,5 +1,6 @@
 #include "tasks/CThreadDispatcher.h"
 
+#include <atomic>
 #include <mutex>
 
 #include "messaging/LListener.h"
@@ -18,6 +19,8 @@ std::recursive_mutex& DispatcherMutex() {
   return mutex;
 }
 
+std::atomic<bool> gShutDown{false};  // DeleteAll has run, and no dispatcher has been made since
+
 }  // namespace
 
 CThreadDispatcher::CThreadDispatcher() {
@@ -35,6 +38,7 @@ CThreadDispatcher* CThreadDispatcher::GetThreadDispatcher() {
   if (!sThreadDispatcher) {
     MThread::ClaimMainThread();
     new CThreadDispatcher;  // sets sThreadDispatcher
+    gShutDown = false;
   }
   return sThreadDispatcher;
 }
@@ -44,9 +48,12 @@ void CThreadDispatcher::DeleteAll() {
   {
     std::lock_guard<std::recursive_mutex> lock(DispatcherMutex());
     dispatcher = sThreadDispatcher;
+    if (dispatcher) gShutDown = true;
   }
   delete dispatcher;
 }
+
+bool CThreadDispatcher::HasShutDown() { return gShutDown; }
 
 bool CThreadDispatcher::PostFinished(CBrevanderThread* task) {
   std::lock_guard<std::recursive_mutex> lock(DispatcherMutex());

@@ -52,7 +52,9 @@ class VBU_API CThreadDispatcher : public MMessageWindow {
   // (MThread::SetMainThreadId). Call it on the user-interface thread before
   // any self-destroying worker task can end.
   static CThreadDispatcher* GetThreadDispatcher();
-  // Deletes the instance, if there is one; the next GetThreadDispatcher makes a new one.
+  // Deletes the instance, if there is one; the next GetThreadDispatcher
+  // makes a new one. Until then a worker task that ends does nothing more
+  // (see CBrevanderThread::Finish).
   static void DeleteAll();
 
   // The instance, or null.
@@ -70,4 +72,6 @@ class VBU_API CThreadDispatcher : public MMessageWindow {
   friend class CBrevanderThread;
   // Posts WM_THREADFINISHED for `task`; false if there is no dispatcher to take it.
   static bool PostFinished(CBrevanderThread* task);
+  // True from DeleteAll until a new dispatcher is made: the host has shut down.
+  static bool HasShutDown();
 };

@@ -1,6 +1,7 @@
-// The task list: single-run queuing by class, promotion and hand-over, the
-// host's questions, and listeners that start or abort tasks from inside the
-// list's own broadcasts.
+// The task list: single-run queuing by class, promotion and hand-over, and
+// the host's questions. Listeners that start or abort tasks from inside the
+// list's own broadcasts, and the single-run rule under load, are the
+// schedule model's (ScheduleModelTest.cpp).
 #include <VantoroBasicUtils/tasks/CThreadAction.h>
 
 #include <gtest/gtest.h>
@@ -120,6 +121,7 @@ TEST_F(TaskList, DifferentClassesAndTasksThatAreNotSingleRunRunSideBySideAndTheL
   EXPECT_EQ(List()->FindThread(b->GetThreadId()), b);
   unsigned short name[] = {'B', 'u', 'r', 'n', ' ', 'd', 'i', 's', 'c', 0};
   EXPECT_EQ(List()->FindThread(name), shown);
+  EXPECT_EQ(List()->FindThread(u"Burn disc"_u16), shown) << "a literal passes";
   name[0] = 'b';
   EXPECT_EQ(List()->FindThread(name), nullptr) << "case matters";
   gate.Open();
@@ -127,53 +129,4 @@ TEST_F(TaskList, DifferentClassesAndTasksThatAreNotSingleRunRunSideBySideAndTheL
   ASSERT_TRUE(PumpUntil([&] {
     return log.Has("H.delete") && log.Has("S.delete") && log.Has("C1.delete") && log.Has("C2.delete");
   }));
-}
-
-// From inside the list's broadcasts (under its lock): starts "X" when it
-// hears that "A" arrived, and aborts the waiting "B" when "X" leaves.
-class Meddler : public LListener {
- public:
-  explicit Meddler(Log& log) : mLog(log) {}
-  bool ListenToMessage(long message, void* param) override {
-    auto* task = dynamic_cast<Probe*>(static_cast<CBrevanderThread*>(param));
-    if (!task) return false;
-    if (message == kMsgThreadAdded && task->Name() == "A") {
-      (new ProbeC(mLog, "X", true, true))->Execute();
-      countAtAdd = CThreadAction::GetThreadAction()->GetThreadCount();
-    }
-    if (message == kMsgThreadRemoved && task->Name() == "X" && toAbort) {
-      toAbort->Abort();
-      countAtRemove = CThreadAction::GetThreadAction()->GetThreadCount();
-    }
-    return true;
-  }
-  Probe* toAbort = nullptr;
-  long countAtAdd = 0, countAtRemove = 0;
-
- private:
-  Log& mLog;
-};
-
-TEST_F(TaskList, AListenerMayStartAndAbortTasksFromInsideTheBroadcasts) {
-  Log log;
-  Gate gate;
-  Meddler meddler(log);
-  List()->AddListener(&meddler);
-  Probe* a = new Probe(log, "A", true, true, true);
-  a->gate = &gate;
-  a->Execute();
-  EXPECT_EQ(meddler.countAtAdd, 2);
-  Probe* b = new Probe(log, "B", true, true, true);  // waits behind A
-  meddler.toAbort = b;
-  b->Execute();
-  ASSERT_TRUE(PumpUntil([&] { return log.Has("X.delete"); }));
-  EXPECT_TRUE(log.Has("B.delete")) << "aborted from inside X's removal";
-  EXPECT_EQ(meddler.countAtRemove, 1) << "X and B gone, A left";
-  EXPECT_EQ(List()->FindWaitingThread(a), nullptr);
-  gate.Open();
-  ASSERT_TRUE(PumpUntil([&] { return log.Has("A.delete"); }));
-  List()->RemoveListener(&meddler);
-  EXPECT_EQ(log.IndexOf("B.RunSelf"), -1);
-  EXPECT_EQ(log.IndexOf("B.PostPlay"), -1);
-  EXPECT_GE(log.IndexOf("A.pass>null"), 0);
 }

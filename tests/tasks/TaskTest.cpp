@@ -154,17 +154,6 @@ TEST_F(Task, AbortEndsAWaitingTaskAtOnceOrThroughTheDispatcherButOnlyWarnsARunni
   EXPECT_FALSE(log.Has("W.RunSelf") || log.Has("X.RunSelf"));
 }
 
-TEST_F(Task, WithoutADispatcherASelfDestroyingWorkerEndsOnItsThread) {
-  CThreadDispatcher::DeleteAll();
-  Log log;
-  auto* task = new Probe(log, "T", true, true);
-  task->Execute();
-  ASSERT_TRUE(PumpUntil([&] { return log.Has("T.delete"); }));
-  EXPECT_EQ(log.ThreadOf("T.PostPlay"), log.ThreadOf("T.RunSelf")) << "nothing was posted into the void";
-  EXPECT_NE(log.ThreadOf("T.PostPlay"), Self());
-  SetUpMainThread();
-}
-
 // CanKill is true while the worker runs (the abort case above); it turns
 // false at Finish, while the worker is still returning.
 TEST_F(Task, CanKillIsFalseFromFinishOn) {
