@@ -155,7 +155,8 @@ bool MFileDialogWin::runFileDialog(bool open) {
   constexpr unsigned long kOpenFlags = vbu::kFileChooserHideReadOnly | vbu::kFileChooserPathMustExist |
                                        vbu::kFileChooserFileMustExist | vbu::kFileChooserExplorer;
   constexpr unsigned long kSaveFlags = vbu::kFileChooserOverwritePrompt | vbu::kFileChooserHideReadOnly;
-  CPathFileDialog dialog(open, nullptr, start, open ? kOpenFlags : kSaveFlags, filter, mParent);
+  const unsigned long several = open && mMultiple ? vbu::kFileChooserAllowMultiSelect : 0;
+  CPathFileDialog dialog(open, nullptr, start, (open ? kOpenFlags : kSaveFlags) | several, filter, mParent);
   for (unsigned long i = 0; i < mFilterCount; ++i) {
     if (mFilters[i].mInitialPath.GetLength() != 0) dialog.SetInitialPath(static_cast<int>(i + 1), mFilters[i].mInitialPath);
   }
@@ -163,7 +164,14 @@ bool MFileDialogWin::runFileDialog(bool open) {
   MString chosen = dialog.GetPathName();
   mFileSpec.SetFilePath(chosen);
   mSelectedFilter = static_cast<int>(dialog.GetFilterIndex());
+  mChosen.clear();
+  for (int i = 0; i < dialog.GetPathCount(); ++i) mChosen.push_back(dialog.GetPathName(i));
+  if (mChosen.empty()) mChosen.push_back(chosen);
   return true;
+}
+
+MFileSpecWin MFileDialogWin::GetFile(int index) const {
+  return index >= 0 && index < GetFileCount() ? MFileSpecWin(mChosen[static_cast<std::size_t>(index)]) : MFileSpecWin();
 }
 
 // ---- MFileSaveDialogWin

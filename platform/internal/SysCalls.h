@@ -112,6 +112,13 @@ struct SysCalls {
   void* (*dlopen)(const char* name, int flags);
   void* (*dlsym)(void* module, const char* name);
   int (*dlclose)(void* module);
+  // The file of the loaded module that holds `address` (dladdr), or null.
+  const char* (*module_file)(const void* address);
+  // Why the last dlopen or dlsym failed, or null.
+  const char* (*dlerror)();
+  // A variable of the process's environment, or null (desktop modules ask
+  // for the display there).
+  const char* (*getenv)(const char* name);
 };
 
 // The live table: what the layer calls. Tests may change its entries.

@@ -198,10 +198,12 @@ class StSysCallFaults : public StSysCallTable {
     VBU_FAULT_ENTRY(dlopen, static_cast<void*>(nullptr));
     VBU_FAULT_ENTRY(dlsym, static_cast<void*>(nullptr));
     VBU_FAULT_RELEASE(dlclose);
-    // free, futex_wait, futex_wake, getpid and getuid cannot fail: neither failed nor counted.
+    VBU_FAULT_ENTRY(module_file, static_cast<const char*>(nullptr));
+    // free, futex_wait, futex_wake, getpid, getuid, dlerror and getenv cannot
+    // fail: neither failed nor counted.
 #undef VBU_FAULT_ENTRY
 #undef VBU_FAULT_RELEASE
-    static_assert(sizeof(vbu::platform::SysCalls) == 51 * sizeof(void*),
+    static_assert(sizeof(vbu::platform::SysCalls) == 54 * sizeof(void*),
                   "a new entry of the system-call table: wrap it above, and count it here");
     fault_detail::sState.armed = true;
   }
