@@ -270,7 +270,14 @@ class ChooserRun {
       gtk_file_chooser_set_current_folder(mChooser, start.c_str());
       return;
     }
-    if (!folder.empty()) gtk_file_chooser_set_current_folder(mChooser, folder.c_str());
+    if (!folder.empty()) {
+      gtk_file_chooser_set_current_folder(mChooser, folder.c_str());
+    } else {
+      // No folder: the process's current one, as the desktop platform's chooser does.
+      gchar* current = g_get_current_dir();
+      gtk_file_chooser_set_current_folder(mChooser, current);
+      g_free(current);
+    }
     if (name.empty() || name.find_first_of("*?") != std::string::npos) return;  // only patterns
     if (!mRequest.open) {
       gtk_file_chooser_set_current_name(mChooser, name.c_str());

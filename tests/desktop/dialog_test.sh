@@ -3,11 +3,12 @@
 # (a host that links only the core library) under Xvfb, works its window
 # with xdotool as a user would, and checks what the probe reports. Each case
 # keeps a screenshot of what it showed: OUT_DIR/<case>*.png.
-#   dialog_test.sh CASE PROBE OUT_DIR
+#   dialog_test.sh CASE PROBE OUT_DIR [DESKTOP_HOST]
+# The cases host_job and host_cancel work examples/desktop_host instead.
 # Every wait is bounded. Exit 77 (skipped) where Xvfb, xdotool, ImageMagick
 # or the desktop module are not there.
 set -euo pipefail
-case=$1 probe=$2 out=$3
+case=$1 probe=$2 out=$3 host=${4:-}
 
 skip() { echo "SKIPPED: $*"; exit 77; }
 [ -e "$(dirname "$(readlink -f "$probe")")/../libVantoroBasicUtils-gtk.so" ] ||
@@ -42,11 +43,13 @@ fail() {
   exit 1
 }
 
-# Starts the probe in the background; its output goes to $work/probe.out.
-start_probe() {
-  "$probe" "$@" >"$work/probe.out" 2>"$work/probe.err" &
+# Starts a program (the probe, or the desktop host) in the background; its
+# output goes to $work/probe.out.
+start_program() {
+  "$@" >"$work/probe.out" 2>"$work/probe.err" &
   probe_pid=$!
 }
+start_probe() { start_program "$probe" "$@"; }
 
 # Waits up to 20 s for a visible window titled $1; echoes its id.
 wait_window() {
@@ -85,6 +88,16 @@ expect_line() {
     probe_pid=""
   fi
   grep -qxF "$1" "$work/probe.out" || fail "expected the line \"$1\""
+}
+
+# Waits up to $2 s (20 by default) for a line of the probe's output that matches $1.
+wait_line() {
+  for _ in $(seq $((${2:-20} * 10))); do
+    grep -q -- "$1" "$work/probe.out" && return 0
+    kill -0 "$probe_pid" 2>/dev/null || fail "the program ended before a line \"$1\""
+    sleep 0.1
+  done
+  fail "no line \"$1\" within ${2:-20} s"
 }
 
 shot() { import -window "$1" "$out/$2.png"; echo "screenshot: $out/$2.png"; }
@@ -212,6 +225,85 @@ case $case in
     shot "$w" box_from_worker
     xdotool key Return
     expect_line "box returned"
+    ;;
+  host_job)
+    # The desktop host's whole job by clicks and keys: sources added in its
+    # open dialog, a source that has gone refused in a message box, then the
+    # join, its progress, and the destination read back.
+    mkdir -p "$work/src" "$work/out"
+    for i in 1 2 3; do head -c $((24 * 1048576 + i * 4096)) /dev/urandom >"$work/src/VTS_01_$i.VOB"; done
+    cd "$work/src"
+    start_program "$host"
+    w=$(wait_window "Desktop Host: join sources")
+    focus "$w"
+    xdotool key alt+a
+    d=$(wait_window "Open File")
+    focus "$d"
+    click "$d" 300 83
+    xdotool key ctrl+a; sleep 0.3
+    shot "$d" host_add_sources
+    xdotool key Return
+    wait_gone "Open File"
+    shot "$w" host_sources
+    mv "$work/src/VTS_01_2.VOB" "$work/VTS_01_2.VOB"
+    focus "$w"
+    xdotool key alt+j
+    d=$(wait_window "Save File")
+    focus "$d"
+    xdotool type --delay 10 "$work/out/title"; sleep 0.2
+    xdotool key Return
+    b=$(wait_window "^Desktop Host$")
+    shot "$b" host_error_box
+    wait_line "^Error: Cannot read $work/src/VTS_01_2.VOB. Nothing was written.$"
+    focus "$b"
+    xdotool key Return
+    wait_gone "^Desktop Host$"
+    [ ! -e "$work/out/title.vob" ] || fail "a refused job wrote its destination"
+    mv "$work/VTS_01_2.VOB" "$work/src/VTS_01_2.VOB"
+    focus "$w"
+    xdotool key alt+j
+    d=$(wait_window "Save File")
+    focus "$d"
+    xdotool type --delay 10 "$work/out/title"; sleep 0.2
+    xdotool key Return
+    wait_line "^Joined 3 source(s), .* into $work/out/title.vob .*verified: identical.$" 60
+    sleep 0.3
+    shot "$w" host_joined
+    cat "$work/src/VTS_01_1.VOB" "$work/src/VTS_01_2.VOB" "$work/src/VTS_01_3.VOB" | cmp - "$work/out/title.vob" ||
+      fail "the destination is not the sources end to end"
+    ;;
+  host_cancel)
+    # Cancel while the join runs (the host slowed down so that the click
+    # comes in time): the task stops, and what the destination lists is there.
+    mkdir -p "$work/src" "$work/out"
+    for i in 1 2 3; do head -c $((24 * 1048576)) /dev/urandom >"$work/src/VTS_01_$i.VOB"; done
+    cd "$work/src"
+    start_program "$host" --slow
+    w=$(wait_window "Desktop Host: join sources")
+    focus "$w"
+    xdotool key alt+a
+    d=$(wait_window "Open File")
+    focus "$d"
+    click "$d" 300 83
+    xdotool key ctrl+a; sleep 0.3
+    xdotool key Return
+    wait_gone "Open File"
+    focus "$w"
+    xdotool key alt+j
+    d=$(wait_window "Save File")
+    focus "$d"
+    xdotool type --delay 10 "$work/out/title"; sleep 0.2
+    xdotool key Return
+    wait_gone "Save File"
+    sleep 0.6
+    shot "$w" host_progress
+    focus "$w"
+    xdotool key alt+c
+    wait_line "^Cancelled: $work/out/title.vob lists [0-9]* segment(s), all of them present.$"
+    sleep 0.3
+    shot "$w" host_cancelled
+    size=$(stat -c %s "$work/out/title.vob")
+    [ "$size" -lt $((3 * 24 * 1048576)) ] || fail "the join was not stopped ($size bytes written)"
     ;;
   headless)
     # No display: "cancelled", and one line on standard error that says why.
