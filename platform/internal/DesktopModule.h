@@ -1,5 +1,5 @@
 // DesktopModule.h: the desktop module, a library of its own beside this one
-// (libVantoroBasicUtils-gtk.so), that shows the file chooser and message
+// (VantoroBasicUtils/libVantoroBasicUtils-gtk.so), that shows the file chooser and message
 // boxes as real windows. The library loads it at the first dialog or box
 // when there is a display, so that a host that shows none never loads the
 // toolkit. Internal; never installed.
@@ -33,7 +33,8 @@ struct DesktopModule {
 
 constexpr unsigned int kDesktopModuleVersion = 1;
 constexpr const char* kDesktopModuleEntry = "VantoroBasicUtilsDesktopModule";
-constexpr const char* kDesktopModuleFile = "libVantoroBasicUtils-gtk.so";
+// Beside the library, in a folder of its own, as a system keeps its modules.
+constexpr const char* kDesktopModuleFile = "VantoroBasicUtils/libVantoroBasicUtils-gtk.so";
 
 // The module, loaded on first use from the folder of this library. With
 // `needDisplay`, only when DISPLAY or WAYLAND_DISPLAY is set. Null, with

@@ -11,7 +11,7 @@ set -euo pipefail
 case=$1 probe=$2 out=$3 host=${4:-}
 
 skip() { echo "SKIPPED: $*"; exit 77; }
-[ -e "$(dirname "$(readlink -f "$probe")")/../libVantoroBasicUtils-gtk.so" ] ||
+[ -e "$(dirname "$(readlink -f "$probe")")/../VantoroBasicUtils/libVantoroBasicUtils-gtk.so" ] ||
   skip "the desktop module (libVantoroBasicUtils-gtk.so) was not built: GTK 3's development files are missing"
 
 if [ "$case" != headless ] && [ -z "${VBU_IN_XVFB:-}" ]; then
@@ -31,6 +31,8 @@ cleanup() {
 }
 trap cleanup EXIT
 export GSETTINGS_BACKEND=memory NO_AT_BRIDGE=1  # no session bus under Xvfb
+# Under AddressSanitizer: the toolkit's own lifelong allocations are not leaks of ours.
+export LSAN_OPTIONS="suppressions=$(cd "$(dirname "$0")" && pwd)/lsan.supp${LSAN_OPTIONS:+:$LSAN_OPTIONS}"
 
 # To standard error, so that a failure inside $(...) is seen too; the
 # script stops there, as set -e ends it on the failed substitution.
