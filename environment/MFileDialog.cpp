@@ -192,16 +192,9 @@ bool MFileSaveDialogWin::ExecuteSelf() {
 
 void MFileSaveDialogWin::AppendFilterExtension(unsigned short* path, SFileFilter* filter) {
   if (!path || !filter) return;
-  const unsigned short* patterns = filter->mExtension;
-  const unsigned short* dot = vbu::wtext::Find(patterns, '.');
-  const unsigned short* from = dot ? dot : patterns;
-  const unsigned short* to = vbu::wtext::Find(from, ';');
-  if (!to) to = from + vbu::wtext::Length(from);
-  MString suffix = to > from ? MString(from, static_cast<int>(to - from)) : MString();
-  // A wildcard makes no name: "*.*" adds nothing.
-  for (int i = 0; i < suffix.GetLength(); ++i) {
-    if (suffix[i] == '*' || suffix[i] == '?') suffix = MString();
-  }
-  MString named = MString(path) + suffix;
+  // The rule the desktop chooser completes a name by, too.
+  unsigned short suffix[256];
+  vbu::FileChooserFilterExtension(filter->mExtension, suffix, 256);
+  MString named = MString(path) + MString(suffix);
   mFileSpec.SetFilePath(named);
 }
