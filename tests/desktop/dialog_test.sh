@@ -18,9 +18,21 @@ if [ "$case" != headless ] && [ -z "${VBU_IN_XVFB:-}" ]; then
   for tool in xvfb-run xdotool import; do
     command -v $tool >/dev/null || skip "$tool is not installed (scripts/setup.sh installs xvfb, xdotool, imagemagick)"
   done
-  export VBU_IN_XVFB=1
-  exec xvfb-run -a -s "-screen 0 1280x1024x24 -nolisten tcp" "$0" "$@"
+  # The case runs inside xvfb-run; a server that fails to come up (xvfb-run
+  # -a can lose the race for a display number) is tried once more.
+  export VBU_IN_XVFB=$(mktemp)
+  for attempt in 1 2; do
+    rm -f "$VBU_IN_XVFB"
+    status=0
+    xvfb-run -a -s "-screen 0 1280x1024x24 -nolisten tcp" "$0" "$@" || status=$?
+    [ -e "$VBU_IN_XVFB" ] && break  # the case ran: its result stands
+    echo "xvfb-run ended with $status before the case started (attempt $attempt)" >&2
+  done
+  rm -f "$VBU_IN_XVFB"
+  exit $status
 fi
+[ -n "${VBU_IN_XVFB:-}" ] && [ "$VBU_IN_XVFB" != 1 ] && : >"$VBU_IN_XVFB"
+trap 'echo "FAIL ($case): line $LINENO: $BASH_COMMAND" >&2' ERR
 
 mkdir -p "$out"
 work=$(mktemp -d)
