@@ -31,7 +31,15 @@ if [ "$case" != headless ] && [ -z "${VBU_IN_XVFB:-}" ]; then
   rm -f "$VBU_IN_XVFB"
   exit $status
 fi
-[ -n "${VBU_IN_XVFB:-}" ] && [ "$VBU_IN_XVFB" != 1 ] && : >"$VBU_IN_XVFB"
+if [ -n "${VBU_IN_XVFB:-}" ]; then
+  # The server answers before the case starts (up to 5 s); else xvfb-run is tried again.
+  for _ in $(seq 50); do
+    xdotool getdisplaygeometry >/dev/null 2>&1 && break
+    sleep 0.1
+  done
+  xdotool getdisplaygeometry >/dev/null 2>&1 || exit 1
+  : >"$VBU_IN_XVFB"
+fi
 trap 'echo "FAIL ($case): line $LINENO: $BASH_COMMAND" >&2' ERR
 
 mkdir -p "$out"
@@ -59,6 +67,8 @@ fail() {
     echo "--- probe output:"; cat "$work/probe.out" 2>/dev/null || true
     echo "--- probe errors:"; grep -v dconf "$work/probe.err" 2>/dev/null || true
   } >&2
+  # A server that would not take the program's connection: xvfb-run again.
+  if grep -q "could not open the display" "$work/probe.err" 2>/dev/null; then rm -f "$VBU_IN_XVFB"; fi
   exit 1
 }
 
