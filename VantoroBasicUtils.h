@@ -10,6 +10,7 @@
 #include <VantoroBasicUtils/platform/Export.h>
 #include <VantoroBasicUtils/platform/FileChooser.h>
 #include <VantoroBasicUtils/platform/FileInfo.h>
+#include <VantoroBasicUtils/platform/GLibMainLoop.h>
 #include <VantoroBasicUtils/platform/MessageBox.h>
 #include <VantoroBasicUtils/platform/MessageQueue.h>
 #include <VantoroBasicUtils/platform/Overlapped.h>

@@ -101,4 +101,31 @@ if(VBU_GZIP)
       COMPONENT ${_component} EXCLUDE_FROM_ALL)
   endforeach()
 endif()
+# The desktop module (component Desktop), where it is built: a package of
+# its own, which the runtime package recommends, so that a host's dialogs
+# and message boxes are real windows on a desktop and a server need not
+# take GTK.
+if(TARGET VantoroBasicUtils-gtk)
+  set(VBU_DESKTOP_PACKAGE libvantorobasicutils-gtk)
+  list(APPEND CPACK_COMPONENTS_ALL Desktop)
+  set(CPACK_COMPONENT_DESKTOP_DEPENDS Runtime)
+  set(CPACK_DEBIAN_DESKTOP_PACKAGE_NAME ${VBU_DESKTOP_PACKAGE})
+  set(CPACK_DEBIAN_DESKTOP_PACKAGE_SECTION libs)
+  set(CPACK_DEBIAN_DESKTOP_PACKAGE_SHLIBDEPS ON)
+  # The module needs the library of the runtime package, which is not
+  # installed while the packages are made: dpkg-shlibdeps finds it in the
+  # build tree, and the dependency on that package comes from the components.
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
+  set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS ${VBU_DESKTOP_PACKAGE})
+  set(CPACK_DEBIAN_DESKTOP_DESCRIPTION "${PROJECT_DESCRIPTION} (desktop dialogs)
+The GTK 3 module of VantoroBasicUtils: with it, a host's open and save
+dialogs are the desktop's file chooser and its messages are message boxes,
+and a GTK host's main loop runs the library's queue.")
+  if(VBU_GZIP)
+    install(FILES ${VBU_DEBIAN_DIR}/copyright ${VBU_DEBIAN_DIR}/changelog.Debian.gz
+      DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${VBU_DESKTOP_PACKAGE}
+      PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ
+      COMPONENT Desktop EXCLUDE_FROM_ALL)
+  endif()
+endif()
 include(CPack)

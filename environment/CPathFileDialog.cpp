@@ -41,8 +41,14 @@ int CPathFileDialog::DoModal() {
   vbu::FileChooserResult result;
   if (!vbu::GetFileChooser().Run(request, *this, result)) return kIdCancel;
   mPathName = result.GetPathName();
+  mPathNames.clear();
+  for (unsigned long i = 0; i < result.GetPathCount(); ++i) mPathNames.emplace_back(result.GetPathNameAt(i));
   mFilterIndex = result.filterIndex;
   return kIdOk;
+}
+
+MString CPathFileDialog::GetPathName(int index) const {
+  return index >= 0 && index < GetPathCount() ? mPathNames[static_cast<std::size_t>(index)] : MString();
 }
 
 void CPathFileDialog::SetInitialPath(int filter, unsigned short* path) {

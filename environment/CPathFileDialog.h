@@ -14,6 +14,8 @@
 #include <VantoroBasicUtils/platform/FileChooser.h>
 #include <VantoroBasicUtils/text/MString.h>
 
+#include <vector>
+
 class VBU_API CPathFileDialog : public vbu::FileChooserClient {
  public:
   static constexpr int kIdOk = 1;
@@ -34,8 +36,12 @@ class VBU_API CPathFileDialog : public vbu::FileChooserClient {
 
   // Runs the installed chooser; kIdOk when the user chose a file, else kIdCancel.
   virtual int DoModal();
-  // The chosen file's path.
+  // The chosen file's path (the first one, with several chosen).
   MString GetPathName() const { return mPathName; }
+  // With kFileChooserAllowMultiSelect: how many files were chosen, and each
+  // one's path (from 0; empty past the end).
+  int GetPathCount() const { return static_cast<int>(mPathNames.size()); }
+  MString GetPathName(int index) const;
   // The filter in force, from 1 (the first one shown, before DoModal).
   unsigned long GetFilterIndex() const { return mFilterIndex; }
   void SetFilterIndex(unsigned long filter) { mFilterIndex = filter; }
@@ -79,6 +85,7 @@ class VBU_API CPathFileDialog : public vbu::FileChooserClient {
   void* mParent;
   unsigned long mFilterIndex = 1;
   MString mPathName;
+  std::vector<MString> mPathNames;
 
   MString* mInitialPaths[kMaxPaths] = {};
   unsigned long mCurrentFilter = 0;

@@ -159,7 +159,8 @@ bool MFileDialogWin::runFileDialog(bool open) {
   constexpr unsigned long kOpenFlags = vbu::kFileChooserHideReadOnly | vbu::kFileChooserPathMustExist |
                                        vbu::kFileChooserFileMustExist | vbu::kFileChooserExplorer;
   constexpr unsigned long kSaveFlags = vbu::kFileChooserOverwritePrompt | vbu::kFileChooserHideReadOnly;
-  CPathFileDialog dialog(open, nullptr, start, open ? kOpenFlags : kSaveFlags, filter, mParent);
+  const unsigned long several = open && mMultiple ? vbu::kFileChooserAllowMultiSelect : 0;
+  CPathFileDialog dialog(open, nullptr, start, (open ? kOpenFlags : kSaveFlags) | several, filter, mParent);
   for (unsigned long i = 0; i < mFilterCount; ++i) {
     if (mFilters[i].mInitialPath.GetLength() != 0) dialog.SetInitialPath(static_cast<int>(i + 1), mFilters[i].mInitialPath);
   }
@@ -167,7 +168,14 @@ bool MFileDialogWin::runFileDialog(bool open) {
   MString chosen = dialog.GetPathName();
   mFileSpec.SetFilePath(chosen);
   mSelectedFilter = static_cast<int>(dialog.GetFilterIndex());
+  mChosen.clear();
+  for (int i = 0; i < dialog.GetPathCount(); ++i) mChosen.push_back(dialog.GetPathName(i));
+  if (mChosen.empty()) mChosen.push_back(chosen);
   return true;
+}
+
+MFileSpecWin MFileDialogWin::GetFile(int index) const {
+  return index >= 0 && index < GetFileCount() ? MFileSpecWin(mChosen[static_cast<std::size_t>(index)]) : MFileSpecWin();
 }
 
 // ---- MFileSaveDialogWin
@@ -192,16 +200,9 @@ void MFileSaveDialogWin::AppendFilterExtension(unsigned short* path, SFileFilter
 
 void MFileSaveDialogWin::AppendFilterExtension(const unsigned short* path, SFileFilter* filter) {
   if (!path || !filter) return;
-  const unsigned short* patterns = filter->mExtension;
-  const unsigned short* dot = vbu::wtext::Find(patterns, '.');
-  const unsigned short* from = dot ? dot : patterns;
-  const unsigned short* to = vbu::wtext::Find(from, ';');
-  if (!to) to = from + vbu::wtext::Length(from);
-  MString suffix = to > from ? MString(from, static_cast<int>(to - from)) : MString();
-  // A wildcard makes no name: "*.*" adds nothing.
-  for (int i = 0; i < suffix.GetLength(); ++i) {
-    if (suffix[i] == '*' || suffix[i] == '?') suffix = MString();
-  }
-  MString named = MString(path) + suffix;
+  // The rule the desktop chooser completes a name by, too.
+  unsigned short suffix[256];
+  vbu::FileChooserFilterExtension(filter->mExtension, suffix, 256);
+  MString named = MString(path) + MString(suffix);
   mFileSpec.SetFilePath(named);
 }

@@ -15,6 +15,8 @@
 #include <VantoroBasicUtils/platform/Export.h>
 #include <VantoroBasicUtils/text/MString.h>
 
+#include <vector>
+
 // One line of the type list.
 struct VBU_API SFileFilter {
   unsigned short mDescription[256];  // shown in the list; terminated
@@ -85,6 +87,13 @@ class VBU_API MFileDialogWin : public MFileDialog {
   bool ExecuteSelf() override;
   MFileSpecWin GetDirectory(MFileSpecWin& file) override;
 
+  // Lets the user choose several files at once (an open dialog only); the
+  // file spec is then the first one.
+  void SetMultipleSelection(bool several) { mMultiple = several; }
+  // The files chosen by the last run that gave true, in order.
+  int GetFileCount() const { return static_cast<int>(mChosen.size()); }
+  MFileSpecWin GetFile(int index) const;
+
  protected:
   // Runs the chooser: starts from the file set (a folder, or nothing, opens
   // on the patterns of the first filter), and on OK takes its file and
@@ -92,6 +101,8 @@ class VBU_API MFileDialogWin : public MFileDialog {
   virtual bool runFileDialog(bool open);
 
   void* mParent;
+  bool mMultiple = false;
+  std::vector<MString> mChosen;
 };
 
 // The save dialog: a name typed without an extension gets the selected filter's.

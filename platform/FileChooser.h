@@ -1,7 +1,9 @@
 // FileChooser.h: the modal file chooser behind the library's open and save
 // dialogs. The library has no user interface of its own: a host installs a
 // chooser (a desktop dialog, or a scripted one in tests); without one every
-// dialog answers "cancelled".
+// dialog answers "cancelled". With no chooser installed and a display there,
+// the library shows the desktop's own chooser (GTK, from the desktop module
+// beside the library); headless, it cancels and says why on standard error.
 //
 //   class MyChooser : public vbu::FileChooser {
 //     bool Run(const vbu::FileChooserRequest& request, vbu::FileChooserClient& client,
@@ -63,6 +65,7 @@ struct FileChooserRequest {
 
 // Flags of a request, with the values of the desktop platform they come from.
 constexpr unsigned long kFileChooserOverwritePrompt = 0x2;
+constexpr unsigned long kFileChooserAllowMultiSelect = 0x200;
 constexpr unsigned long kFileChooserHideReadOnly = 0x4;
 constexpr unsigned long kFileChooserPathMustExist = 0x800;
 constexpr unsigned long kFileChooserFileMustExist = 0x1000;
@@ -80,12 +83,28 @@ class VBU_API FileChooserResult {
   void SetPathName(const unsigned short* path);
   // The path set, terminated; empty before.
   const unsigned short* GetPathName() const;
+  // With several files chosen: each path in turn, the first one also being
+  // SetPathName's. The count is 1 after SetPathName alone, 0 before.
+  void AddPathName(const unsigned short* path);
+  unsigned long GetPathCount() const { return mPathCount; }
+  // Path `index` (from 0), or empty.
+  const unsigned short* GetPathNameAt(unsigned long index) const;
 
   unsigned long filterIndex = 0;  // the filter in force, from 1
 
  private:
-  unsigned short* mPathName = nullptr;
+  void Clear();
+
+  unsigned short** mPaths = nullptr;
+  unsigned long mPathCount = 0;
 };
+
+// The extension that a bare name takes from a filter's patterns: from the
+// first "." to the first ";" or the end (".aif" of "*.aif;*.aiff"), or
+// empty where it has a wildcard ("*.*"). Gives its length; the units go to
+// `extension`, terminated, as far as `size` allows.
+VBU_API unsigned long FileChooserFilterExtension(const unsigned short* patterns, unsigned short* extension,
+                                                 unsigned long size);
 
 class VBU_API FileChooser {
  public:

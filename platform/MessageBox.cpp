@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/internal/CodePage.h"
+#include "platform/internal/DesktopModule.h"
 #include "platform/internal/SysCalls.h"
 #include "platform/internal/WideText.h"
 
@@ -48,9 +49,17 @@ void ShowMessageBox(const unsigned short* text) {
   }
   if (hook) {
     hook(text, context);
-  } else {
-    WriteToStandardError(text);
+    return;
   }
+  // The desktop's message box where there is a display, else standard error.
+  if (const platform::DesktopModule* desktop = platform::Desktop(true, nullptr)) {
+    char why[512] = {};
+    if (desktop->ShowMessage(text, why, sizeof why) == 1) return;
+    WriteToStandardError(text);
+    platform::WriteErrorLine((std::string("VantoroBasicUtils: the message above could not be shown in a box: ") + why).c_str());
+    return;
+  }
+  WriteToStandardError(text);
 }
 
 }  // namespace vbu

@@ -1,7 +1,9 @@
 // MessageBox.h: how the library shows a blocking message to the user. The
 // library has no user interface of its own: a host that has one installs a
-// hook that shows the text in its own dialog; without a hook the text goes
-// to standard error, one line per message.
+// hook that shows the text in its own dialog; without a hook it is the
+// desktop's message box where there is a display (shown on the
+// user-interface thread while a calling worker waits), else one line on
+// standard error.
 //
 //   struct App { void Alert(const unsigned short* text) { std::printf("%s\n", UStringUtils::TtoA(const_cast<unsigned short*>(text))); } };
 //   static App app;

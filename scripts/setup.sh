@@ -4,7 +4,8 @@ set -euo pipefail
 
 packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev liburing-dev libboost-dev fio
           doxygen dpkg-dev lintian file  # the API reference and the Debian packages (built and checked)
-          clang libclang-rt-14-dev)  # clang and its libFuzzer runtime: the fuzz preset
+          clang libclang-rt-14-dev  # clang and its libFuzzer runtime: the fuzz preset
+          libgtk-3-dev xvfb xauth xdotool imagemagick)  # the desktop module, and its tests in real windows
 
 missing=()
 for p in "${packages[@]}"; do

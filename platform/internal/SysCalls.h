@@ -119,8 +119,13 @@ struct SysCalls {
   int (*dlclose)(void* module);
   // access(2): 0 when the calling user may `mode` (R_OK, W_OK...) the path; -1 and errno otherwise.
   int (*access)(const char* path, int mode);
-  // A variable of the process's environment, or null (it is read only for
-  // the user's base folders: HOME and the XDG_*_HOME variables).
+  // The file of the loaded module that holds `address` (dladdr), or null.
+  const char* (*module_file)(const void* address);
+  // Why the last dlopen or dlsym failed, or null.
+  const char* (*dlerror)();
+  // A variable of the process's environment, or null: read only for the
+  // user's base folders (HOME and the XDG_*_HOME variables) and, by the
+  // desktop module's loader, for the display (DISPLAY, WAYLAND_DISPLAY).
   const char* (*getenv)(const char* name);
 };
 

@@ -48,6 +48,15 @@ for name in 'Handle::Resize' 'StPointerBlock::StPointerBlock' 'UMemUtils::memcpy
     echo "not exported: $name"; fail=1
   fi
 done
+# The desktop: the GLib main loop's entry, several files from one dialog, and
+# the loader of the desktop module kept inside.
+for name in 'vbu::AttachToGLibMainLoop' 'vbu::DetachFromGLibMainLoop' 'vbu::FileChooserFilterExtension' \
+            'vbu::FileChooserResult::AddPathName' 'MFileDialogWin::GetFile'; do
+  if ! grep -qF -- "$name" <<<"$symbols"; then
+    echo "not exported: $name"; fail=1
+  fi
+done
+if grep -qF -- 'DesktopChooser' <<<"$symbols"; then echo "internal symbol exported: DesktopChooser"; fail=1; fi
 for pattern in 'vbu::wtext' 'vbu::platform' 'vbu::text' 'anonymous namespace' 'MoveBytes' 'EffectiveSize' 'LArrayOrdering' 'MThreadQueueState' 'ToSystemBytes' 'io_uring' 'PathBytes' 'ApplySetting' 'CancellingChooser' 'MThreadRunner' 'MThreadControl'; do
   if grep -qF -- "$pattern" <<<"$symbols"; then
     echo "internal symbol exported:"; grep -F -- "$pattern" <<<"$symbols" | head -n5; fail=1

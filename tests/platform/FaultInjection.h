@@ -203,11 +203,13 @@ class StSysCallFaults : public StSysCallTable {
     VBU_FAULT_ENTRY(dlsym, static_cast<void*>(nullptr));
     VBU_FAULT_RELEASE(dlclose);
     VBU_FAULT_ENTRY(access, -1);
+    VBU_FAULT_ENTRY(module_file, static_cast<const char*>(nullptr));
     VBU_FAULT_ENTRY(getenv, static_cast<const char*>(nullptr));
-    // free, futex_wait, futex_wake, getpid and getuid cannot fail: neither failed nor counted.
+    // free, futex_wait, futex_wake, getpid, getuid and dlerror cannot fail:
+    // neither failed nor counted.
 #undef VBU_FAULT_ENTRY
 #undef VBU_FAULT_RELEASE
-    static_assert(sizeof(vbu::platform::SysCalls) == 57 * sizeof(void*),
+    static_assert(sizeof(vbu::platform::SysCalls) == 59 * sizeof(void*),
                   "a new entry of the system-call table: wrap it above, and count it here");
     fault_detail::sState.armed = true;
   }
