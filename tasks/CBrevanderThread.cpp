@@ -100,17 +100,23 @@ void CBrevanderThread::Start() {
   if (!thread->CreateThread(true)) {
     const uint32_t error = GetLastError();
     delete thread;
-    MString text;
-    text.Format(u"The task \"%s\" could not start a thread of its own (system error %d)."_u16,
-                static_cast<const unsigned short*>(GetDescription()), static_cast<int>(error));
-    CMessageAction::Error(this, text, 0);
-    Finish(true);
+    // Under the list's lock the report waits for its release: a listener
+    // of the report may wait for a thread that needs the list.
+    if (!CThreadAction::GetThreadAction()->DeferRefusedStart(this, error)) EndRefusedStart(error);
     return;
   }
   mWinThread = thread;
   mThreadId = static_cast<unsigned int>(thread->GetThreadId());
   mStarted = true;
   thread->ResumeThread();  // from here on the task may end, and go, at any moment
+}
+
+void CBrevanderThread::EndRefusedStart(uint32_t error) {
+  MString text;
+  text.Format(u"The task \"%s\" could not start a thread of its own (system error %d)."_u16,
+              static_cast<const unsigned short*>(GetDescription()), static_cast<int>(error));
+  CMessageAction::Error(this, text, 0);
+  Finish(true);
 }
 
 bool CBrevanderThread::ShouldStart() { return mShouldStart; }
@@ -191,7 +197,7 @@ bool CBrevanderThread::Execute() {
   if (worker) {
     // Onto the list and started under one hold of the list's lock, so that
     // tasks of a class wait in the order in which they arrived.
-    CSingleLock lock(&list->mSection, true);
+    CThreadAction::StHold hold(list);
     // A listener of 29000 may end the task, and it may be deleted (and its
     // memory given to a new task) before AddThread returns: the token says.
     // Under the lock nobody else can take it off the list and delete it.

@@ -182,6 +182,9 @@ class VBU_API CBrevanderThread : public LBroadcaster {
   static unsigned int ThreadEntry(void* task);
   // The body of Finish, for the one caller that has claimed the end.
   void End(bool runPostPlay);
+  // A start whose thread the system refused: says so on the bus, then ends
+  // as a refused start. Never under the list's lock (the list defers it).
+  void EndRefusedStart(uint32_t error);
   bool HasEnded() const { return mRun == kRunEnded; }
 
   // What outlives a task: whether it has been deleted, and which thread, if

@@ -2,17 +2,48 @@
 
 #include <cstring>
 #include <typeinfo>
+#include <utility>
+#include <vector>
 
 #include "tasks/CBrevanderThread.h"
 #include "text/UStringUtils.h"
 
 namespace {
 
+// This thread's holds of the list's lock, and the starts refused under them.
+thread_local int tHolds = 0;
+thread_local std::vector<std::pair<CBrevanderThread*, uint32_t>> tRefusedStarts;
+
 void Append(LList& list, CBrevanderThread* task) { list.InsertItemsAt(1, kLastIndex, &task, 0); }
 
 bool Contains(const LList& list, CBrevanderThread* task) { return list.FetchIndexOf(&task) != kBadIndex; }
 
 }  // namespace
+
+CThreadAction::StHold::StHold(CThreadAction* list) : mList(list) {
+  mList->mSection.Lock();
+  ++tHolds;
+}
+
+CThreadAction::StHold::~StHold() {
+  --tHolds;
+  mList->mSection.Unlock();
+  if (tHolds > 0) return;
+  // A refused task cannot end meanwhile: its run is claimed, and only its
+  // own end takes it off the list.
+  while (!tRefusedStarts.empty()) {
+    // In the order refused; an end may promote a task whose start is refused in turn.
+    auto refused = std::move(tRefusedStarts);
+    tRefusedStarts.clear();
+    for (auto [task, error] : refused) task->EndRefusedStart(error);
+  }
+}
+
+bool CThreadAction::DeferRefusedStart(CBrevanderThread* task, uint32_t error) {
+  if (tHolds == 0) return false;
+  tRefusedStarts.emplace_back(task, error);
+  return true;
+}
 
 CThreadAction::CThreadAction() = default;
 
@@ -21,7 +52,7 @@ CThreadAction::~CThreadAction() = default;
 CThreadAction* CThreadAction::GetThreadAction() { return &sThreadAction; }
 
 void CThreadAction::AddThread(CBrevanderThread* task) {
-  CSingleLock lock(&mSection, true);
+  StHold hold(this);
   Enter(task);
   BroadcastMessage(kMsgThreadAdded, task);
 }
@@ -49,7 +80,7 @@ void CThreadAction::Leave(CBrevanderThread* task) {
 }
 
 void CThreadAction::Start(CBrevanderThread* task) {
-  CSingleLock lock(&mSection, true);
+  StHold hold(this);
   // A listener of 29000 may have ended the task while it was being added.
   if (!Contains(mThreads, task)) return;
   if (!task->IsSingleRun()) {
@@ -65,7 +96,7 @@ void CThreadAction::Start(CBrevanderThread* task) {
 }
 
 void CThreadAction::RemoveThread(CBrevanderThread* task) {
-  CSingleLock lock(&mSection, true);
+  StHold hold(this);
   if (Contains(mRunningThreads, task)) {
     mRunningThreads.Remove(&task);
     if (CBrevanderThread* next = FindOfClass(&mWaitingThreads, task, true)) {
@@ -93,7 +124,7 @@ CBrevanderThread* CThreadAction::FindThread(LList* list, CBrevanderThread* task)
 
 CBrevanderThread* CThreadAction::FindOfClass(LList* list, CBrevanderThread* task, bool live) {
   if (!list || !task) return nullptr;
-  CSingleLock lock(&mSection, true);
+  StHold hold(this);
   // By name, not by type_info: classes of one name in unnamed namespaces of
   // two files are distinct types, yet one class to the host.
   const char* name = typeid(*task).name();
@@ -106,7 +137,7 @@ CBrevanderThread* CThreadAction::FindOfClass(LList* list, CBrevanderThread* task
 }
 
 CBrevanderThread* CThreadAction::FindThread(unsigned int threadId) {
-  CSingleLock lock(&mSection, true);
+  StHold hold(this);
   for (long i = 1; i <= static_cast<long>(mRunningThreads.GetCount()); ++i) {
     CBrevanderThread* item = nullptr;
     mRunningThreads.FetchItemAt(i, &item);
@@ -121,7 +152,7 @@ CBrevanderThread* CThreadAction::FindThread(unsigned short* description) {
 
 CBrevanderThread* CThreadAction::FindThread(const unsigned short* description) {
   if (!description) return nullptr;
-  CSingleLock lock(&mSection, true);
+  StHold hold(this);
   for (long i = 1; i <= static_cast<long>(mThreads.GetCount()); ++i) {
     CBrevanderThread* item = nullptr;
     mThreads.FetchItemAt(i, &item);
@@ -131,7 +162,7 @@ CBrevanderThread* CThreadAction::FindThread(const unsigned short* description) {
 }
 
 CBrevanderThread* CThreadAction::GetFirstVisibleThread() {
-  CSingleLock lock(&mSection, true);
+  StHold hold(this);
   CBrevanderThread* first = nullptr;
   mVisibleThreads.FetchItemAt(1, &first);
   return first;
@@ -149,7 +180,7 @@ CBrevanderThread* CThreadAction::GetThread(long position) {
 }
 
 long CThreadAction::IsThreadTypeRunning(long type) {
-  CSingleLock lock(&mSection, true);
+  StHold hold(this);
   for (long i = 1; i <= static_cast<long>(mThreads.GetCount()); ++i) {
     CBrevanderThread* item = nullptr;
     mThreads.FetchItemAt(i, &item);

@@ -11,6 +11,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <mutex>
 
 #include <VantoroBasicUtils/containers/LArray.h>
@@ -74,6 +75,23 @@ class VBU_API CThreadAction : public LBroadcaster {
 
  private:
   friend class CBrevanderThread;  // Execute adds and starts under one hold
+
+  // A hold of mSection that counts this thread's nested holds; when the
+  // outermost ends, the starts refused under it are reported and ended,
+  // with no lock of the list held.
+  class StHold {
+   public:
+    explicit StHold(CThreadAction* list);
+    ~StHold();
+    StHold(const StHold&) = delete;
+    StHold& operator=(const StHold&) = delete;
+
+   private:
+    CThreadAction* mList;
+  };
+  // Keeps a refused start for the end of this thread's outermost hold;
+  // false when the thread holds no lock of the list (report it now).
+  bool DeferRefusedStart(CBrevanderThread* task, uint32_t error);
 
   // The first task on `list` of the class of `task`; with `live`, only one
   // whose run has not ended (an aborted waiting task is passed nothing).

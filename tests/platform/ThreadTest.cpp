@@ -108,15 +108,26 @@ TEST(PlatformThread, AThreadThatIsNeverLetGoRunsNothing) {
   EXPECT_EQ(shared.ranAs.load(), 0u);
 }
 
-// A refused thread: null and the system's reason; a task says so and ends as a refused start.
+// A refused thread: null and the system's reason; a task says so, with the
+// task list free (a listener may wait for a thread that uses it), and ends
+// as a refused start.
 TEST(PlatformThread, ARefusedThreadGivesNullAndATaskEndsAsARefusedStart) {
   class Errors : public LListener {
    public:
     bool ListenToMessage(long message, void* param) override {
-      if (message == 26000) source = static_cast<InteractionRecord*>(param)->source;
+      if (message != 26000) return true;
+      source = static_cast<InteractionRecord*>(param)->source;
+      other = std::thread([this] {
+        CThreadAction::GetThreadAction()->GetFirstVisibleThread();  // takes the list's lock
+        reached = true;
+      });
+      listFree = WaitFor([this] { return reached.load(); });
       return true;
     }
     void* source = nullptr;
+    std::thread other;  // joined once the task has gone: it may wait for the list till then
+    std::atomic<bool> reached{false};
+    bool listFree = false;
   } errors;
   class Task : public CBrevanderThread {
    public:
@@ -141,6 +152,8 @@ TEST(PlatformThread, ARefusedThreadGivesNullAndATaskEndsAsARefusedStart) {
     EXPECT_TRUE(task->Execute());
   }
   CMessageAction::GetMessageAction()->RemoveListener(&errors);
+  if (errors.other.joinable()) errors.other.join();
+  EXPECT_TRUE(errors.listFree) << "the report is made with the task list free";
   EXPECT_EQ(errors.source, task) << "the task reports it";
   EXPECT_EQ(steps, 2 | 4) << "PostPlay and deletion, no work";
   EXPECT_EQ(CThreadAction::GetThreadAction()->GetThreadCount(), 0);
