@@ -95,46 +95,6 @@ std::vector<std::string> InfoLines(const TempFolder& dir) {
   return lines;
 }
 
-// Reads `file` through a read-ahead from each of `starts`, `reads` pieces
-// from each, and expects every byte handed out to be `bytes`' at its place;
-// a piece given as 0 or -1 ends that start. Gives the bytes read from the
-// last start; `ended` tells whether it reached the end of the file.
-std::string ReadAhead(MFileUniv& file, const std::string& bytes, std::initializer_list<long long> starts,
-                      long blockSize, int reads, bool* ended) {
-  AsyncReadBuffer ahead;
-  std::string got;
-  for (long long start : starts) {
-    int init = ahead.InitReadBuffer(&file, start, blockSize, 0);
-    if (init != 0) {
-      // A size that cannot be had reads as nothing to read.
-      EXPECT_TRUE(init == AsyncReadBuffer::kOutOfMemory || init == AsyncReadBuffer::kReadFailed ||
-                  init == AsyncReadBuffer::kNothingToRead)
-          << init;
-      break;
-    }
-    got.clear();
-    *ended = false;
-    char piece[3000];
-    for (int i = 0; i < reads; ++i) {
-      const long long at = start + static_cast<long long>(got.size());
-      int n = ahead.ReadBuffer(at, piece, sizeof piece);
-      EXPECT_GE(n, -1);
-      if (n <= 0) {
-        *ended = n == 0;
-        break;
-      }
-      // A read that ended with an error after it started never hands out its block's stale bytes.
-      EXPECT_TRUE(std::string(piece, static_cast<std::size_t>(n)) == bytes.substr(static_cast<std::size_t>(at), n))
-          << "at " << at;
-      got.append(piece, static_cast<std::size_t>(n));
-      if (got.size() + start > bytes.size()) break;
-    }
-  }
-  // No read may be under way when the blocks go: the close waits for it.
-  file.FClose();
-  return got;
-}
-
 // Writes `bytes` to `path` unless an earlier run of the sweep did: for
 // inputs that no run changes.
 void WriteOnce(const std::string& path, const std::string& bytes) {
@@ -151,12 +111,52 @@ struct Swept {
   Hearing& hearing;
 };
 
+// Opens "title.vob", which holds `bytes`, for overlapped reads before the
+// faults count, and reads it through a read-ahead of `blockSize` from each
+// of `starts`, at most `reads` pieces from each. Every byte handed out is
+// the file's at its place (a read that ended with an error after it started
+// never hands out its block's stale bytes), and a piece of 0 comes only at
+// the end of the file.
+void ReadAhead(Swept& r, const std::string& bytes, std::initializer_list<long long> starts, long blockSize, int reads) {
+  r.faults.Pause();
+  MFileUniv file;
+  ASSERT_EQ(file.FOpen(r.name, MFile::file_overlapped_read), 0);
+  r.faults.Resume();
+  AsyncReadBuffer ahead;
+  for (long long start : starts) {
+    int init = ahead.InitReadBuffer(&file, start, blockSize, 0);
+    if (init != 0) {
+      // A size that cannot be had reads as nothing to read.
+      EXPECT_TRUE(init == AsyncReadBuffer::kOutOfMemory || init == AsyncReadBuffer::kReadFailed ||
+                  init == AsyncReadBuffer::kNothingToRead)
+          << init;
+      break;
+    }
+    char piece[3000];
+    long long at = start;
+    for (int i = 0; i < reads && at <= static_cast<long long>(bytes.size()); ++i) {
+      int n = ahead.ReadBuffer(at, piece, sizeof piece);
+      EXPECT_GE(n, -1);
+      if (n <= 0) {
+        EXPECT_TRUE(n < 0 || at == static_cast<long long>(bytes.size())) << "an end before the file's at " << at;
+        break;
+      }
+      EXPECT_TRUE(std::string(piece, static_cast<std::size_t>(n)) == bytes.substr(static_cast<std::size_t>(at), n))
+          << "at " << at;
+      at += n;
+    }
+  }
+  // No read may be under way when the blocks go: the close waits for it.
+  file.FClose();
+}
+
 const std::vector<vbu::TransferRoute> kBothRoutes = {vbu::TransferRoute::kSystemQueue, vbu::TransferRoute::kThreads};
+const std::vector<vbu::TransferRoute> kProcessRoute = {};
 
 // One swept operation.
 struct SweepRow {
   const char* name;
-  // The routes it is swept on; none: the process's own.
+  // The routes it is swept on; kProcessRoute: the process's own.
   std::vector<vbu::TransferRoute> routes;
   // A fresh folder for each run, or one for the whole sweep.
   bool folderPerRun;
@@ -266,6 +266,8 @@ void MakeJoinSources(const TempFolder& dir) {
 }
 
 const std::string kData = Pattern(2500, 11);
+const std::string kWhole = Pattern(5 * 4096 + 1000, 6);
+const std::string kSeeked = Pattern(6 * 4096 + 700, 12);
 
 void MakeSegmentedData(const TempFolder& dir) { MakeSegmented(dir, kData); }
 
@@ -333,44 +335,21 @@ const SweepRow kRows[] = {
     // A read-ahead in blocks of 16 KiB that go as four transfers each, the
     // block after next read into each quarter as the consumer passes it: it
     // ends cleanly, and hands out only the file's bytes.
-    {"ReadAheadToTheEnd", kBothRoutes, false,
-     [](const TempFolder& dir) { WriteOnce(dir.Bytes("title.vob"), Pattern(5 * 4096 + 1000, 6)); },
-     [](Swept& r) {
-       r.faults.Pause();
-       const std::string bytes = Pattern(5 * 4096 + 1000, 6);
-       MFileUniv file;
-       ASSERT_EQ(file.FOpen(r.name, MFile::file_overlapped_read), 0);
-       r.faults.Resume();
-       bool ended = false;
-       std::string got = ReadAhead(file, bytes, {0}, 16384, 1000, &ended);
-       if (ended) {
-         EXPECT_EQ(got.size(), bytes.size());
-       }
-     },
-     3, 2},
+    {"ReadAheadToTheEnd", kBothRoutes, false, [](const TempFolder& dir) { WriteOnce(dir.Bytes("title.vob"), kWhole); },
+     [](Swept& r) { ReadAhead(r, kWhole, {0}, 16384, 1000); }, 3, 2},
     // Forward from the start, then a seek forward and one back: the blocks
     // are reused, and every byte handed out is the file's.
-    {"ReadAheadAfterASeek",
-     {},
-     false,
-     [](const TempFolder& dir) { WriteOnce(dir.Bytes("title.vob"), Pattern(6 * 4096 + 700, 12)); },
+    {"ReadAheadAfterASeek", kProcessRoute, false,
+     [](const TempFolder& dir) { WriteOnce(dir.Bytes("title.vob"), kSeeked); },
      [](Swept& r) {
-       r.faults.Pause();
-       MFileUniv file;
-       ASSERT_EQ(file.FOpen(r.name, MFile::file_overlapped_read), 0);
-       r.faults.Resume();
-       bool ended = false;
-       ReadAhead(file, Pattern(6 * 4096 + 700, 12), {0, 3 * 4096, 4096}, 4096, 4, &ended);
+       ReadAhead(r, kSeeked, {0, 3 * 4096, 4096}, 4096, 4);
      },
      8},
     // Every call of any kind failed with kError.
     {"Join", kBothRoutes, false, MakeJoinSources, Join, 20, 1},
     // The disk's own refusal reaches the table only on the layer's threads.
     {"JoinOnAFullDisk", {vbu::TransferRoute::kThreads}, false, MakeJoinSources, Join, 9, 1, true},
-    {"SegmentedOpensThroughItsInfoFileAndReads",
-     {},
-     true,
-     MakeSegmentedData,
+    {"SegmentedOpensThroughItsInfoFileAndReads", kProcessRoute, true, MakeSegmentedData,
      [](Swept& r) {
        std::string got;
        {
@@ -401,10 +380,7 @@ const SweepRow kRows[] = {
        ExpectWhole(r.name, kData);
      },
      10},
-    {"SegmentedGrowsByASeekBehindItsEnd",
-     {},
-     true,
-     MakeSegmentedData,
+    {"SegmentedGrowsByASeekBehindItsEnd", kProcessRoute, true, MakeSegmentedData,
      [](Swept& r) {
        {
          MFiles file;
@@ -427,9 +403,7 @@ const SweepRow kRows[] = {
        }
      },
      20},
-    {"SegmentedMovesToAnotherFolder",
-     {},
-     true,
+    {"SegmentedMovesToAnotherFolder", kProcessRoute, true,
      [](const TempFolder& dir) {
        MakeSegmented(dir, kData);
        std::filesystem::create_directory(dir.Bytes("moved"));
@@ -457,10 +431,7 @@ const SweepRow kRows[] = {
        }
      },
      5},
-    {"SegmentedDeletesEveryPart",
-     {},
-     true,
-     MakeSegmentedData,
+    {"SegmentedDeletesEveryPart", kProcessRoute, true, MakeSegmentedData,
      [](Swept& r) {
        {
          MFiles file;
@@ -475,9 +446,7 @@ const SweepRow kRows[] = {
        }
      },
      5},
-    {"SettingsFileIsOldOrNew",
-     {},
-     true,
+    {"SettingsFileIsOldOrNew", kProcessRoute, true,
      [](const TempFolder& dir) {
        WriteAll(dir.Bytes("app.ini"), "[Audio]\r\nBitrate=128\r\n; note\r\n[Video]\r\nA=1\r\n");
      },
@@ -511,9 +480,7 @@ const SweepRow kRows[] = {
        EXPECT_EQ(files, 1);
      },
      6},
-    {"FolderTreeDeletion",
-     {},
-     true,
+    {"FolderTreeDeletion", kProcessRoute, true,
      [](const TempFolder& dir) {
        std::filesystem::create_directories(dir.Bytes("tree/a/b"));
        std::filesystem::create_directories(dir.Bytes("tree/c"));
@@ -542,9 +509,7 @@ const SweepRow kRows[] = {
        }
      },
      10},
-    {"FileQueryListsOnlyFilesThatAreThere",
-     {},
-     true,
+    {"FileQueryListsOnlyFilesThatAreThere", kProcessRoute, true,
      [](const TempFolder& dir) {
        std::filesystem::create_directories(dir.Bytes("in/a/b"));
        WriteAll(dir.Bytes("in/one"), "1");
