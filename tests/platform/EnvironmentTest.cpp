@@ -295,7 +295,7 @@ namespace {
 // A disk that fills up in the middle of a write: the first write to a file
 // moves half of what it was given, every later one fails with ENOSPC. (A
 // failure of each call in turn, the whole call, is swept in
-// PathFaultSweepTest.)
+// FaultSweepTest.)
 class StDiskFillsUp : public StSysCallTable {
  public:
   StDiskFillsUp() {
