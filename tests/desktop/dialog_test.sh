@@ -157,6 +157,33 @@ media=$work/media
 mkdir -p "$media"
 touch "$media/A.VOB" "$media/clip.mpv" "$media/notes.txt" "$media/song.AC3"
 
+# In the desktop host's window `w`: every file of the current folder as
+# sources (its open dialog, all selected), with a screenshot named `shot`
+# of the dialog when given.
+add_all_sources() {
+  local w=$1 name=${2:-} d
+  focus "$w"
+  xdotool key alt+a
+  d=$(wait_window "Open File")
+  focus "$d"
+  click "$d" 300 83
+  xdotool key ctrl+a; sleep 0.3
+  if [ -n "$name" ]; then shot "$d" "$name"; fi
+  xdotool key Return
+  wait_gone "Open File"
+}
+
+# In the desktop host's window `w`: "Join to..." with `path` typed in its save dialog.
+join_to() {
+  local w=$1 path=$2 d
+  focus "$w"
+  xdotool key alt+j
+  d=$(wait_window "Save File")
+  focus "$d"
+  xdotool type --delay 10 "$path"; sleep 0.2
+  xdotool key Return
+}
+
 case $case in
   open_typed)
     # A path typed into the location field, then Enter.
@@ -264,23 +291,10 @@ case $case in
     cd "$work/src"
     start_program "$host"
     w=$(wait_window "Desktop Host: join sources")
-    focus "$w"
-    xdotool key alt+a
-    d=$(wait_window "Open File")
-    focus "$d"
-    click "$d" 300 83
-    xdotool key ctrl+a; sleep 0.3
-    shot "$d" host_add_sources
-    xdotool key Return
-    wait_gone "Open File"
+    add_all_sources "$w" host_add_sources
     shot "$w" host_sources
     mv "$work/src/VTS_01_2.VOB" "$work/VTS_01_2.VOB"
-    focus "$w"
-    xdotool key alt+j
-    d=$(wait_window "Save File")
-    focus "$d"
-    xdotool type --delay 10 "$work/out/title"; sleep 0.2
-    xdotool key Return
+    join_to "$w" "$work/out/title"
     b=$(wait_window "^Desktop Host$")
     shot "$b" host_error_box
     wait_line "^Error: Cannot read $work/src/VTS_01_2.VOB. Nothing was written.$"
@@ -289,12 +303,7 @@ case $case in
     wait_gone "^Desktop Host$"
     [ ! -e "$work/out/title.vob" ] || fail "a refused job wrote its destination"
     mv "$work/VTS_01_2.VOB" "$work/src/VTS_01_2.VOB"
-    focus "$w"
-    xdotool key alt+j
-    d=$(wait_window "Save File")
-    focus "$d"
-    xdotool type --delay 10 "$work/out/title"; sleep 0.2
-    xdotool key Return
+    join_to "$w" "$work/out/title"
     wait_line "^Joined 3 source(s), .* into $work/out/title.vob .*verified: identical.$" 60
     sleep 0.3
     shot "$w" host_joined
@@ -309,20 +318,8 @@ case $case in
     cd "$work/src"
     start_program "$host" --slow
     w=$(wait_window "Desktop Host: join sources")
-    focus "$w"
-    xdotool key alt+a
-    d=$(wait_window "Open File")
-    focus "$d"
-    click "$d" 300 83
-    xdotool key ctrl+a; sleep 0.3
-    xdotool key Return
-    wait_gone "Open File"
-    focus "$w"
-    xdotool key alt+j
-    d=$(wait_window "Save File")
-    focus "$d"
-    xdotool type --delay 10 "$work/out/title"; sleep 0.2
-    xdotool key Return
+    add_all_sources "$w"
+    join_to "$w" "$work/out/title"
     wait_gone "Save File"
     sleep 0.6
     shot "$w" host_progress
