@@ -18,13 +18,15 @@ if [ "$case" != headless ] && [ -z "${VBU_IN_XVFB:-}" ]; then
   for tool in xvfb-run xdotool import; do
     command -v $tool >/dev/null || skip "$tool is not installed (scripts/setup.sh installs xvfb, xdotool, imagemagick)"
   done
-  # The case runs inside xvfb-run; a server that fails to come up (xvfb-run
-  # -a can lose the race for a display number) is tried once more.
+  # The case runs inside xvfb-run; a server that fails to come up, or that
+  # the toolkit cannot open, is tried again on another. Each try starts its
+  # search for a free display number at a number of its own: the server of
+  # the case before may still be going away on the number it left.
   export VBU_IN_XVFB=$(mktemp)
-  for attempt in 1 2; do
+  for attempt in 1 2 3; do
     rm -f "$VBU_IN_XVFB"
     status=0
-    xvfb-run -a -s "-screen 0 1280x1024x24 -nolisten tcp" "$0" "$@" || status=$?
+    xvfb-run -a -n $((100 + RANDOM % 800)) -s "-screen 0 1280x1024x24 -nolisten tcp" "$0" "$@" || status=$?
     [ -e "$VBU_IN_XVFB" ] && break  # the case ran: its result stands
     echo "xvfb-run ended with $status before the case started (attempt $attempt)" >&2
   done
