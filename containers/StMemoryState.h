@@ -22,5 +22,5 @@ class VBU_API StMemoryState {
 
  private:
   MString mLabel;
-  uint32_t mState;
+  [[maybe_unused]] uint32_t mState;  // kept for the record's layout; nothing reads it
 };
