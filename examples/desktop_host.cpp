@@ -36,24 +36,20 @@ constexpr long kBufferSectors = 2048;  // the engine's buffers: 4 MiB
 constexpr long kMsgProgressNote = 70001;
 constexpr long kMsgUserMessageNote = 70002;
 
-// ---- text between the library's 16-bit strings and GTK's UTF-8
+// ---- text between the library's 16-bit strings and GTK's UTF-8, which is
+// the system's code page: the library converts both ways itself.
 
 MString Units(const std::string& text) {
-  glong length = 0;
-  gunichar2* units = g_utf8_to_utf16(text.c_str(), -1, nullptr, &length, nullptr);
-  if (!units) return MString();
-  MString result(reinterpret_cast<const unsigned short*>(units), static_cast<int>(length));
-  g_free(units);
+  MString result;
+  result.ImportASCII(text.c_str(), -1);
   return result;
 }
 
 std::string Utf8(const unsigned short* units) {
-  if (!units) return {};
-  glong length = 0;
-  while (units[length]) ++length;
-  gchar* bytes = g_utf16_to_utf8(reinterpret_cast<const gunichar2*>(units), length, nullptr, nullptr, nullptr);
-  std::string result = bytes ? bytes : "";
-  g_free(bytes);
+  MString text(units);
+  std::string result(static_cast<std::size_t>(text.GetLength()) * 4 + 1, '\0');  // room for any code point
+  result.resize(static_cast<std::size_t>(text.ExportASCII(result.data(), static_cast<int>(result.size()) - 1,
+                                                          kCharacterSetWindows)));
   return result;
 }
 
