@@ -31,7 +31,7 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr long long kSector = 2048;  // the unit of progress reports
+constexpr long long kSector = MFileUniv::kSectorSize;  // the unit of progress reports
 constexpr long kBufferSectors = 2048;  // the engine's buffers: 4 MiB
 constexpr long kMsgProgressNote = 70001;
 constexpr long kMsgUserMessageNote = 70002;
@@ -281,7 +281,9 @@ class MessageRelay : public LListener {
       delete note;
       return true;
     }
-    if (message < 26000 || message > 26056 || message % 10 > 1) return false;  // errors and warnings
+    // Errors and warnings, of every window type.
+    const long offset = message - kMsgInteractionBase;
+    if (offset < 0 || offset >= 6 * kMsgInteractionWindowStep || offset % kMsgInteractionWindowStep > 1) return false;
     const auto* record = static_cast<const InteractionRecord*>(param);
     auto* note = new UserMessageNote{{this, kMsgUserMessageNote, nullptr}, Utf8(record->text)};
     note->request.param = note;

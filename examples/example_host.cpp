@@ -49,7 +49,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 constexpr long long kMiB = 1024 * 1024;
-constexpr long kSector = 2048;  // the disc's sector, and the unit of progress reports
+constexpr long kSector = MFileUniv::kSectorSize;  // the disc's sector, and the unit of progress reports
 
 // ---- text between the library's 16-bit strings and the terminal's UTF-8
 

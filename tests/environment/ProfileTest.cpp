@@ -83,6 +83,13 @@ std::string FirstStart() {
 }
 const std::string kFirstStart = FirstStart();
 
+// A settings file as an editor saves it in "Unicode": UTF-16LE with a byte-order mark.
+std::string Utf16File(const std::u16string& text) {
+  std::string bytes = "\xFF\xFE";
+  for (char16_t c : text) bytes += {static_cast<char>(c & 0xFF), static_cast<char>(c >> 8)};
+  return bytes;
+}
+
 }  // namespace
 
 TEST_F(Settings, AFirstStartWritesEverySettingInOrderAndASecondChangesNoByte) {
@@ -369,16 +376,11 @@ TEST_F(Settings, AFileMadeReadOnlyRefusesWrites) {
 }
 
 TEST_F(Settings, AUtf16FileIsReadAndWrittenInItsOwnForm) {
-  auto utf16 = [](const std::u16string& text) {
-    std::string bytes = "\xFF\xFE";
-    for (char16_t c : text) bytes += {static_cast<char>(c & 0xFF), static_cast<char>(c >> 8)};
-    return bytes;
-  };
-  WriteAll(ini, utf16(u"; \u00e9t\u00e9\r\n[Audio]\r\nBitrate=256\r\n"));
+  WriteAll(ini, Utf16File(u"; \u00e9t\u00e9\r\n[Audio]\r\nBitrate=256\r\n"));
   EXPECT_EQ(CBrevanderProfile::GetProfileIntW(kProfileAudioBitrate, 0), 256);
   EXPECT_TRUE(CBrevanderProfile::WriteProfileInt(kProfileAudioBitrate, 300));
   EXPECT_TRUE(CBrevanderProfile::WriteProfileStringW(kProfileSubtitleFont, u"\u00c9cole"_u16));
-  EXPECT_EQ(ReadAll(ini), utf16(u"; \u00e9t\u00e9\r\n[Audio]\r\nBitrate=300\r\n[Subtitle]\r\nFont=\u00c9cole\r\n"));
+  EXPECT_EQ(ReadAll(ini), Utf16File(u"; \u00e9t\u00e9\r\n[Audio]\r\nBitrate=300\r\n[Subtitle]\r\nFont=\u00c9cole\r\n"));
 }
 
 TEST_F(Settings, AReadCostsTimeInProportionToTheFile) {
@@ -389,18 +391,6 @@ TEST_F(Settings, AReadCostsTimeInProportionToTheFile) {
   auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(CBrevanderProfile::GetProfileIntW(u"Video"_u16, u"Format"_u16, 0), 1);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
-}
-
-TEST_F(Settings, ReadOnlyTextTakesLiterals) {
-  WriteAll(ini, "[Subtitle]\nFont=Arial\n");
-  EXPECT_EQ(S(CBrevanderProfile::GetProfileStringW(kProfileSubtitleFont, u"Times"_u16)), u"Arial");
-  EXPECT_EQ(S(CBrevanderProfile::GetProfileStringW(u"Subtitle"_u16, u"Size"_u16, u"24"_u16)), u"24");
-  unsigned short mutableDefault[] = {'x', 0};
-  EXPECT_EQ(S(CBrevanderProfile::GetProfileStringW(u"Subtitle"_u16, u"Size"_u16, mutableDefault)), u"x");
-  TempFolder work;
-  MString film = work.Path("Film.dat");
-  EXPECT_EQ(S(CBrevanderDirectories::GetTempDataDirectory(static_cast<const unsigned short*>(film))),
-            S(work.Path("Film Cache/")));
 }
 
 TEST(StaticHost, ObjectsOfTheHostTouchTheSettingsAtStartAndAtExit) {
@@ -464,9 +454,7 @@ TEST_F(Settings, RandomWritesAndReadsAgreeWithAMap) {
         std::string bytes = ReadAll(ini);
         if (bytes.empty() || bytes.compare(0, 2, "\xFF\xFE") == 0) break;
         wide = true;
-        std::string wide = "\xFF\xFE";
-        for (char c : bytes) wide += std::string{c, '\0'};
-        WriteAll(ini, wide);
+        WriteAll(ini, Utf16File(std::u16string(bytes.begin(), bytes.end())));  // the file is ASCII
         break;
       }
       default: {
