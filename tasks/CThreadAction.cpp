@@ -57,26 +57,23 @@ void CThreadAction::AddThread(CBrevanderThread* task) {
   BroadcastMessage(kMsgThreadAdded, task);
 }
 
-void CThreadAction::Enter(CBrevanderThread* task) {
-  const bool visible = task->IsVisible();
-  std::lock_guard<std::mutex> items(mItemsGuard);
-  Append(mThreads, task);
-  mThreadCount = static_cast<long>(mThreads.GetCount());
-  if (visible) {
-    Append(mVisibleThreads, task);
-    mVisibleCount = static_cast<long>(mVisibleThreads.GetCount());
-  }
-}
+void CThreadAction::Enter(CBrevanderThread* task) { Change(task, true); }
 
-void CThreadAction::Leave(CBrevanderThread* task) {
+void CThreadAction::Leave(CBrevanderThread* task) { Change(task, false); }
+
+void CThreadAction::Change(CBrevanderThread* task, bool enter) {
   const bool visible = task->IsVisible();
   std::lock_guard<std::mutex> items(mItemsGuard);
-  mThreads.Remove(&task);
-  mThreadCount = static_cast<long>(mThreads.GetCount());
-  if (visible) {
-    mVisibleThreads.Remove(&task);
-    mVisibleCount = static_cast<long>(mVisibleThreads.GetCount());
-  }
+  auto change = [&](LList& list, std::atomic<long>& count) {
+    if (enter) {
+      Append(list, task);
+    } else {
+      list.Remove(&task);
+    }
+    count = static_cast<long>(list.GetCount());
+  };
+  change(mThreads, mThreadCount);
+  if (visible) change(mVisibleThreads, mVisibleCount);
 }
 
 void CThreadAction::Start(CBrevanderThread* task) {

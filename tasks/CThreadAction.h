@@ -99,6 +99,7 @@ class VBU_API CThreadAction : public LBroadcaster {
   // Change mThreads and mVisibleThreads (under mSection) with their counts.
   void Enter(CBrevanderThread* task);
   void Leave(CBrevanderThread* task);
+  void Change(CBrevanderThread* task, bool enter);
 
   // Locks of the list. mSection guards the four lists, and is held across
   // task starts, PassInformation and the broadcasts 29000 and 29001, as the
