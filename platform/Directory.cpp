@@ -62,27 +62,40 @@ FolderEntries::~FolderEntries() {
   if (mFolder) os::CloseFolder(mFolder);
 }
 
-bool FolderEntries::Next(std::u16string* name) {
-  if (!mFolder || !name) return false;
+namespace {
+
+// The next entry of an open listing but "." and "..": 0 with `*name`, or
+// the error; 0 with `*found` false at the end.
+uint32_t NextName(void* folder, std::u16string* name, bool* found) {
+  *found = false;
   for (;;) {
     const char* entry = nullptr;
-    mError = os::ReadFolder(mFolder, &entry);
-    if (mError != 0 || !entry) return false;
+    if (uint32_t error = os::ReadFolder(folder, &entry)) return error;
+    if (!entry) return 0;
     if (std::strcmp(entry, ".") == 0 || std::strcmp(entry, "..") == 0) continue;
     *name = PathText(entry, std::strlen(entry));
-    return true;
+    *found = true;
+    return 0;
   }
 }
 
-namespace {
-
-// A name of an entry as the system's bytes.
+// A name of an entry of one folder as the system's bytes; empty for a name
+// that is none (empty, unconvertible, or reaching past the folder with "/").
 std::string EntryBytes(const std::u16string& name) {
   PathBytes bytes(reinterpret_cast<const unsigned short*>(name.c_str()));
-  return bytes.Ok() ? std::string(bytes.Get(), bytes.Size()) : std::string();
+  if (!bytes.Ok()) return std::string();
+  std::string result(bytes.Get(), bytes.Size());
+  return result.find('/') == std::string::npos ? result : std::string();
 }
 
 }  // namespace
+
+bool FolderEntries::Next(std::u16string* name) {
+  if (!mFolder || !name) return false;
+  bool found = false;
+  mError = NextName(mFolder, name, &found);
+  return found;
+}
 
 OpenFolder::OpenFolder(const unsigned short* path) {
   PathBytes bytes(path);
@@ -93,7 +106,7 @@ OpenFolder::OpenFolder(const OpenFolder& parent, const std::u16string& name) {
   std::string bytes = EntryBytes(name);
   if (parent.mFd < 0) {
     mError = parent.mError != 0 ? parent.mError : kErrorInvalidArgument;
-  } else if (bytes.empty() || bytes.find('/') != std::string::npos) {
+  } else if (bytes.empty()) {
     mError = kErrorInvalidArgument;
   } else {
     mError = os::OpenFolderAt(parent.mFd, bytes.c_str(), false, &mFd);
@@ -114,12 +127,10 @@ uint32_t OpenFolder::Names(std::vector<std::u16string>* names) const {
   void* folder = nullptr;
   if (uint32_t error = os::ListFolder(mFd, &folder)) return error;
   uint32_t error = 0;
-  for (;;) {
-    const char* entry = nullptr;
-    error = os::ReadFolder(folder, &entry);
-    if (error != 0 || !entry) break;
-    if (std::strcmp(entry, ".") == 0 || std::strcmp(entry, "..") == 0) continue;
-    names->push_back(PathText(entry, std::strlen(entry)));
+  std::u16string name;
+  for (bool found = true; error == 0 && found;) {
+    error = NextName(folder, &name, &found);
+    if (found) names->push_back(name);
   }
   os::CloseFolder(folder);
   return error;
