@@ -408,20 +408,24 @@ int MFiles::FWrite(const char* buffer, int count) {
   if (!IsOpen() || !mSegmentOpen || count < 0 || !row || !row->writes || row->overlapped) return -1;
   if (count == 0) return 0;
   if (!buffer) return -1;
+  // A failure on the way gives a negative value, never a short count.
+  auto stop = [](int result) { return result < 0 ? result : -1; };
+  long long position = 0;
+  long long end = WriteEnd(&position);
+  if (end < 0) return -1;
+  // Most writes stay inside the open segment: nothing to plan.
+  if (position <= end && count <= end - position) {
+    int written = mCurrentFile.FWrite(buffer, count);
+    return written == count ? written : stop(written);
+  }
   // Refused before a byte is written: a segment it would cross that is
   // gone, a new segment whose name the info file cannot hold.
   bool grows = false;
   if (PlanWrite(count, &grows) != 0 || (grows && !NewSegmentsListable())) return -1;
   int done = 0;
-  // A failure on the way gives a negative value, never a short count.
-  auto stop = [](int result) { return result < 0 ? result : -1; };
-  while (done < count) {
-    long long position = mCurrentFile.FSeek64(0, file_seek_current);
-    _stati64 info;
-    if (position < 0 || mCurrentFile.FStat(&info) != 0) return stop(-1);
+  for (bool first = true; done < count; first = false) {
+    if (!first && (end = WriteEnd(&position)) < 0) return stop(-1);
     const bool last = mCurrentIndex >= GetCount();
-    // An overwrite stays in its segment; only the last one grows, and only up to the limit.
-    const long long end = last ? std::max(static_cast<long long>(info.st_size), mMaxFileSize) : info.st_size;
     if (position > end) {
       if (!last) return stop(-1);
       // Behind the limit: the seek makes the file that long first.
@@ -440,6 +444,15 @@ int MFiles::FWrite(const char* buffer, int count) {
     if (MoveTo(mCurrentIndex + 1) != 0) return stop(-1);
   }
   return done;
+}
+
+long long MFiles::WriteEnd(long long* position) {
+  *position = mCurrentFile.FSeek64(0, file_seek_current);
+  _stati64 info;
+  if (*position < 0 || mCurrentFile.FStat(&info) != 0) return -1;
+  // An overwrite stays in its segment; only the last one grows, and only up to the limit.
+  const long long size = info.st_size;
+  return mCurrentIndex >= GetCount() ? std::max(size, mMaxFileSize) : size;
 }
 
 long long MFiles::SegmentSize(int index) const {

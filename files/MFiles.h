@@ -195,6 +195,9 @@ class VBU_API MFiles : public MFile {
   // Where a write of `count` bytes at the position goes: -1 when it would
   // cross into a segment that is not there; `grows` when it needs a new one.
   int PlanWrite(int count, bool* grows);
+  // The open segment's write position (`*position`) and how far a write may
+  // go in it; -1 when they cannot be read.
+  long long WriteEnd(long long* position);
   // True when the info file can hold the lines that a new segment adds.
   bool NewSegmentsListable();
   // Makes a new last segment of `length` bytes (zeros), switching to an
