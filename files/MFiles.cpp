@@ -635,12 +635,13 @@ int MFiles::AppendSegment(long long length) {
     if (CloseSegment() != 0 || DoSwitchToInfoFile() != 0) return -1;
   }
   if (GetCount() >= kMaxSegments || !TakenOnDisk(mInfoSpec.GetFilePath())) return -1;
-  // Not listed yet, so the file made is no part of the logical file; a
-  // name that another file took in the meantime is passed over.
+  // Not listed yet, so the file made is no part of the logical file. A free
+  // name that another file takes between the search and the exclusive
+  // create is passed over; a few such races in a row end the call.
   MString name;
-  for (int made = 1, tries = 0; made == 1; ++tries) {
+  for (int made = 1, races = 0; made == 1; ++races) {
     name = FreeName(SegmentName(mInfoSpec.GetFilePath(), GetCount()));
-    made = name.GetLength() == 0 || tries > kNameTries ? -1 : MakeNewFile(name, length);
+    made = name.GetLength() == 0 || races == 3 ? -1 : MakeNewFile(name, length);
     if (made < 0) return -1;
   }
   MFileSpecWin spec(name);
