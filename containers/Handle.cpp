@@ -73,3 +73,7 @@ StPointerBlock& StPointerBlock::operator=(const StPointerBlock& other) {
   mPtr = other.mPtr;
   return *this;
 }
+
+// The class constants have their one definition here, so that a host linking
+// the library as a DLL reaches them like any other member.
+constexpr unsigned long Handle::kMaxSize;

@@ -239,3 +239,7 @@ MString CBrevanderDirectories::GetBody(const unsigned short* path) {
   SplitPath(path, drive, directory, name, extension);
   return drive + directory + name;
 }
+
+// The class constants have their one definition here, so that a host linking
+// the library as a DLL reaches them like any other member.
+constexpr const unsigned short* CBrevanderDirectories::kNoPath;

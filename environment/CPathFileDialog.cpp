@@ -122,3 +122,11 @@ MString CPathFileDialog::GetFilter(MString& text) {
   int length = close ? static_cast<int>(close - from) : static_cast<int>(vbu::wtext::Length(from));
   return length > 0 ? MString(from, length) : MString();
 }
+
+// The class constants have their one definition here, so that a host linking
+// the library as a DLL reaches them like any other member.
+constexpr int CPathFileDialog::kIdOk;
+constexpr int CPathFileDialog::kIdCancel;
+constexpr unsigned int CPathFileDialog::kMaxPaths;
+constexpr unsigned int CPathFileDialog::kRestoreTimer;
+constexpr unsigned int CPathFileDialog::kRestoreDelay;

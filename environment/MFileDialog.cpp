@@ -206,3 +206,7 @@ void MFileSaveDialogWin::AppendFilterExtension(const unsigned short* path, SFile
   MString named = MString(path) + MString(suffix);
   mFileSpec.SetFilePath(named);
 }
+
+// The class constants have their one definition here, so that a host linking
+// the library as a DLL reaches them like any other member.
+constexpr unsigned long MFileDialog::kMaxFilters;

@@ -29,7 +29,15 @@
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <time.h>
+#if defined(_WIN32)
+#include <windows.h>
+#undef PostMessage  // <windows.h>'s macro would rename the dispatcher's PostMessage
+#else
 #include <unistd.h>
+#endif
+
+#include <atomic>
+#include <filesystem>
 
 #include <algorithm>
 #include <cerrno>
@@ -40,6 +48,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -213,6 +222,21 @@ bool ParseArguments(int argc, char** argv, Options& options) {
 // SIGINT is blocked in every thread (main blocks it before any thread
 // starts), so it never interrupts a transfer; the user-interface loop
 // collects it between turns.
+#if defined(_WIN32)
+// On Windows the console's handler runs on a thread of its own: it only
+// notes the press for the loop.
+std::atomic<bool> gInterrupted{false};
+
+BOOL WINAPI OnConsoleControl(DWORD event) {
+  if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
+  gInterrupted = true;
+  return TRUE;
+}
+
+void BlockInterrupts() { SetConsoleCtrlHandler(&OnConsoleControl, TRUE); }
+
+bool InterruptPending() { return gInterrupted.exchange(false); }
+#else
 void BlockInterrupts() {
   sigset_t set;
   sigemptyset(&set);
@@ -227,6 +251,7 @@ bool InterruptPending() {
   const timespec now{0, 0};
   return sigtimedwait(&set, nullptr, &now) == SIGINT;
 }
+#endif
 
 // ---- the job
 
@@ -252,7 +277,7 @@ struct JobResult {
   double verifySeconds = 0;
 };
 
-bool SameFile(const _stati64& a, const _stati64& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
+bool SameFile(const struct _stati64& a, const struct _stati64& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
 
 class TerminalDisplay;
 void PrintResult(const JobResult& job, double bitrate, TerminalDisplay& display);
@@ -311,9 +336,9 @@ class JoinTask : public CBrevanderThread {
     // The files that the join may write: the destination, the segments that
     // an info file of that name lists (they are emptied), and the segment
     // names that it may make (at most one for each source).
-    std::vector<std::pair<std::string, _stati64>> written;
+    std::vector<std::pair<std::string, struct _stati64>> written;
     MFileUniv probe;
-    _stati64 info{};
+    struct _stati64 info{};
     MString destination = Units(mJob.destination);
     if (probe.FStat(destination, &info) == 0) {
       if (S_ISDIR(info.st_mode)) return Unusable("cannot write " + mJob.destination + ": " + Reason(EISDIR));
@@ -955,12 +980,18 @@ int main(int argc, char** argv) {
   std::string sampleFolder;
   std::vector<JobResult> jobs;
   if (options.destination.empty()) {
-    std::string pattern = "/tmp/vbu-example-XXXXXX";
-    if (mkdtemp(pattern.data())) {
-      sampleFolder = pattern;
+    std::error_code error;
+    std::filesystem::path base = std::filesystem::temp_directory_path(error);
+    std::filesystem::path folder;
+    for (unsigned attempt = 0; !error && attempt < 100 && folder.empty(); ++attempt) {
+      std::filesystem::path candidate = base / ("vbu-example-" + std::to_string(std::random_device{}()));
+      if (std::filesystem::create_directory(candidate, error)) folder = candidate;
+    }
+    if (!folder.empty()) {
+      sampleFolder = folder.string();
       jobs = MakeDemoJobs(sampleFolder, display);
     } else {
-      Complain("cannot make a temporary folder in /tmp");
+      Complain("cannot make a temporary folder in " + base.string());
     }
   } else {
     JobResult job;

@@ -335,3 +335,10 @@ int AsyncReadBuffer::DoReadPieceOutsideOfBuffer(long long offset, char* destinat
   FreeBlock(block);
   return result;
 }
+
+// The class constants have their one definition here, so that a host linking
+// the library as a DLL reaches them like any other member.
+constexpr int AsyncReadBuffer::kOutOfMemory;
+constexpr int AsyncReadBuffer::kReadFailed;
+constexpr int AsyncReadBuffer::kNothingToRead;
+constexpr int AsyncReadBuffer::kReadParts;

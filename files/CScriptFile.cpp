@@ -186,3 +186,9 @@ int CScriptFile::WriteStringList2File(MStringList* list) {
   }
   return 1;
 }
+
+// The class constants have their one definition here, so that a host linking
+// the library as a DLL reaches them like any other member.
+constexpr int CScriptFile::kMaxWord;
+constexpr int CScriptFile::kMaxListItem;
+constexpr int CScriptFile::kMaxLineBytes;

@@ -46,9 +46,9 @@ int MFile::FPuts(const char*) { return -1; }
 
 int MFile::FClose() { return -1; }
 
-int MFile::FStat(MFileSpecWin&, _stati64*) { return -1; }
+int MFile::FStat(MFileSpecWin&, struct _stati64*) { return -1; }
 
-int MFile::FStat(_stati64*) { return -1; }
+int MFile::FStat(struct _stati64*) { return -1; }
 
 bool MFile::GetCreateTime(int& year, int& month, int& day, int& hour, int& minute, int& second) const {
   return ZeroTime(year, month, day, hour, minute, second);

@@ -60,8 +60,8 @@ class VBU_API MFile {
   virtual int FGets(char* buffer, int count);
   virtual int FPuts(const char* text);
   virtual int FClose();
-  virtual int FStat(MFileSpecWin& spec, _stati64* info);
-  virtual int FStat(_stati64* info);
+  virtual int FStat(MFileSpecWin& spec, struct _stati64* info);
+  virtual int FStat(struct _stati64* info);
   // The base sets all six to 0 and gives true.
   virtual bool GetCreateTime(int& year, int& month, int& day, int& hour, int& minute, int& second) const;
   virtual bool GetModifyTime(int& year, int& month, int& day, int& hour, int& minute, int& second) const;

@@ -238,23 +238,23 @@ int MFileUniv::FNativePutts(const unsigned short* text) { return vp::ReportError
 
 // ---- file information
 
-int MFileUniv::FStat(const unsigned short* path, _stati64* info) {
+int MFileUniv::FStat(const unsigned short* path, struct _stati64* info) {
   return info ? vp::ReportError(vp::StatPath(path, info)) : -1;
 }
 
-int MFileUniv::FStat(MFileSpecWin& spec, _stati64* info) {
+int MFileUniv::FStat(MFileSpecWin& spec, struct _stati64* info) {
   if (spec.IsNull()) return -1;
   return FStat(static_cast<const unsigned short*>(spec.GetFilePath()), info);
 }
 
-int MFileUniv::FStat(_stati64* info) {
+int MFileUniv::FStat(struct _stati64* info) {
   return info ? vp::ReportError(vp::StatDescriptor(mDescriptor, info)) : -1;
 }
 
 bool MFileUniv::GetTime(int which, int& year, int& month, int& day, int& hour, int& minute, int& second) const {
-  _stati64 status;
+  struct _stati64 status;
   if (vp::ReportError(vp::StatDescriptor(mDescriptor, &status)) != 0) return false;
-  int64_t seconds = which == 0 ? status.st_ctime64 : which == 1 ? status.st_mtime64 : status.st_atime64;
+  int64_t seconds = vp::StatSeconds(status, which);
   vp::CalendarTime t;
   if (!vp::ToLocalTime(seconds, &t)) return false;
   year = t.year;
@@ -284,7 +284,7 @@ long long MFileUniv::GetSize() {
     vp::ReportError(vp::GetHandleSize(mHandle, &size));
     return size;
   }
-  _stati64 status;
+  struct _stati64 status;
   if (vp::ReportError(vp::StatPath(GetFileSpec().GetFilePath(), &status)) != 0) return -1;
   return status.st_size;
 }
@@ -346,3 +346,7 @@ uint32_t MFileUniv::FWaitOverlappedCompletion(void* event, unsigned long seconds
   waited->Reset();
   return result;
 }
+
+// The class constants have their one definition here, so that a host linking
+// the library as a DLL reaches them like any other member.
+constexpr long MFileUniv::kSectorSize;

@@ -79,11 +79,11 @@ class VBU_API MFileUniv : public MFile {
   // ---- file information
 
   // The information of `path`: 0 or -1.
-  virtual int FStat(const unsigned short* path, _stati64* info);
+  virtual int FStat(const unsigned short* path, struct _stati64* info);
   // Of the path of `spec`; -1 for an empty one.
-  int FStat(MFileSpecWin& spec, _stati64* info) override;
+  int FStat(MFileSpecWin& spec, struct _stati64* info) override;
   // Of the open descriptor.
-  int FStat(_stati64* info) override;
+  int FStat(struct _stati64* info) override;
   // Times of the open descriptor in local time; false (outputs untouched) if it has none.
   bool GetCreateTime(int& year, int& month, int& day, int& hour, int& minute, int& second) const override;
   bool GetModifyTime(int& year, int& month, int& day, int& hour, int& minute, int& second) const override;

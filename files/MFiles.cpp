@@ -137,7 +137,7 @@ bool PlaceInSegment(MFileUniv& file, long long offset, bool grow) {
 }
 
 long long SizeOf(const unsigned short* path) {
-  _stati64 info;
+  struct _stati64 info;
   return vp::StatPath(path, &info) == 0 ? info.st_size : -1;
 }
 
@@ -146,7 +146,7 @@ long long SizeOf(const unsigned short* path) {
 // plain one, -1 when it cannot be read or lists too much.
 int ReadList(MFileSpecWin& spec, std::vector<MString>* paths) {
   paths->clear();
-  _stati64 status;
+  struct _stati64 status;
   uint32_t missing = vp::StatPath(spec.GetFilePath(), &status);
   // Only a name that is not there is a new plain file: a file that cannot be
   // asked might be an info file.
@@ -384,7 +384,7 @@ bool MFiles::NewSegmentsListable() {
 int MFiles::PlanWrite(int count, bool* grows) {
   *grows = false;
   long long position = mCurrentFile.FSeek64(0, file_seek_current);
-  _stati64 info;
+  struct _stati64 info;
   if (position < 0 || mCurrentFile.FStat(&info) != 0) return -1;
   long long size = info.st_size;
   long long left = count;
@@ -448,7 +448,7 @@ int MFiles::FWrite(const char* buffer, int count) {
 
 long long MFiles::WriteEnd(long long* position) {
   *position = mCurrentFile.FSeek64(0, file_seek_current);
-  _stati64 info;
+  struct _stati64 info;
   if (*position < 0 || mCurrentFile.FStat(&info) != 0) return -1;
   // An overwrite stays in its segment; only the last one grows, and only up to the limit.
   const long long size = info.st_size;
@@ -543,7 +543,7 @@ int MFiles::FPutts(const unsigned short* text) { return IsOpen() && mSegmentOpen
 
 // ---- sizes
 
-int MFiles::FStat(_stati64* info) {
+int MFiles::FStat(struct _stati64* info) {
   if (!info) return -1;
   long long total = 0;
   int result = -1;
@@ -667,7 +667,7 @@ int MFiles::AddToInfoFile(MFileSpecWin& spec) {
   // cannot be asked is never taken for a missing one and written anew.
   MFileUniv file;
   if (file.FOpen(info, file_append_text) != 0) return -1;
-  _stati64 status;
+  struct _stati64 status;
   if (file.FStat(&status) != 0) {
     file.FClose();
     return -1;
@@ -800,3 +800,8 @@ uint32_t MFiles::FReadOverlapped(long long offset, char* buffer, long& count, OV
   }
   return mCurrentFile.FReadOverlapped(inside, buffer + done, left, overlapped, event);
 }
+
+// The class constants have their one definition here, so that a host linking
+// the library as a DLL reaches them like any other member.
+constexpr int MFiles::kMaxSegments;
+constexpr int MFiles::kMaxPathLength;

@@ -100,7 +100,7 @@ class VBU_API MFiles : public MFile {
 
   // The sum of the segments' sizes in `info`; the other fields are the last
   // segment's. 0, or -1 at the first segment that cannot be inspected.
-  int FStat(_stati64* info) override;
+  int FStat(struct _stati64* info) override;
   // The sum of the segments' sizes (0 for none), or -1 at the first that cannot be inspected.
   virtual long long FGetFileSize();
   long long GetSize() override;

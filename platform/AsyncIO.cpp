@@ -41,8 +41,10 @@ struct Outcome {
 
 #if defined(__linux__)
 #include "linux/AsyncIO.inc"
+#elif defined(_WIN32)
+#include "windows/AsyncIO.inc"
 #else
-#error "The platform layer has no asynchronous transfers for this system yet."
+#error "The platform layer has no AsyncIO files for this system yet."
 #endif
 
 namespace vbu::platform {

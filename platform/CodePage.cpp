@@ -5,6 +5,8 @@
 
 #if defined(__linux__)
 #include "linux/CodePage.inc"
+#elif defined(_WIN32)
+#include "windows/CodePage.inc"
 #else
-#error "The platform layer has no code pages for this system yet."
+#error "The platform layer has no CodePage files for this system yet."
 #endif

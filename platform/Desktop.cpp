@@ -7,19 +7,33 @@
 #include <mutex>
 
 #include "platform/GLibMainLoop.h"
+#include "platform/internal/Environment.h"
 #include "platform/internal/SysCalls.h"
+#include "text/PathText.h"
 
 namespace vbu::platform::os {
 
-// Opens the module file `path`: its handle, or null.
+// The desktop built into the library where the system has one of its own
+// (null where it comes as a module).
+const DesktopModule* BuiltInDesktop();
+// Opens the module file `path`: its handle, or null; why the last open failed, or null.
 void* OpenDesktopModule(const char* path);
+const char* ModuleError();
+// The file of the loaded module that holds `address`, or empty.
+std::string ModuleFileOf(const void* address);
+// True when there is a display to show windows on.
+bool HasDisplay();
+// Writes the bytes to standard error; false where they cannot go.
+bool WriteStandardError(const char* bytes, std::size_t count);
 
 }  // namespace vbu::platform::os
 
 #if defined(__linux__)
 #include "linux/Desktop.inc"
+#elif defined(_WIN32)
+#include "windows/Desktop.inc"
 #else
-#error "The platform layer has no desktop module loader for this system yet."
+#error "The platform layer has no Desktop files for this system yet."
 #endif
 
 namespace vbu::platform {
@@ -33,28 +47,28 @@ struct Loader {
 
   // The module's file: beside the library that holds this function.
   static std::string ModulePath() {
-    const char* self = Sys().module_file(reinterpret_cast<const void*>(&Desktop));
-    std::string path = self ? self : "";
-    std::size_t slash = path.rfind('/');
+    std::string path = os::ModuleFileOf(reinterpret_cast<const void*>(&Desktop));
+    std::size_t slash = path.rfind(kPathSeparatorChar);
     path = slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
     return path + kDesktopModuleFile;
   }
 
   void Load() {
     tried = true;
+    if ((module = os::BuiltInDesktop())) return;
     const std::string path = ModulePath();
     void* handle = os::OpenDesktopModule(path.c_str());
     if (!handle) {
-      const char* error = Sys().dlerror();
+      const char* error = os::ModuleError();
       failure = std::string(kDesktopModuleFile) + " could not be loaded (" + (error ? error : path) + ")";
       return;
     }
     using Entry = const DesktopModule* (*)();
-    auto entry = reinterpret_cast<Entry>(Sys().dlsym(handle, kDesktopModuleEntry));
+    auto entry = reinterpret_cast<Entry>(FindModuleEntry(handle, kDesktopModuleEntry));
     const DesktopModule* table = entry ? entry() : nullptr;
     if (!table || table->version != kDesktopModuleVersion) {
       failure = path + " is not a desktop module of this version";
-      Sys().dlclose(handle);
+      FreeModule(handle);
       return;
     }
     module = table;  // stays loaded until the process ends
@@ -66,18 +80,10 @@ Loader& TheLoader() {
   return *loader;
 }
 
-bool HasDisplay() {
-  for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY"}) {
-    const char* value = Sys().getenv(name);
-    if (value && *value) return true;
-  }
-  return false;
-}
-
 }  // namespace
 
 const DesktopModule* Desktop(bool needDisplay, std::string* why) {
-  if (needDisplay && !HasDisplay()) {
+  if (needDisplay && !os::HasDisplay()) {
     if (why) *why = "there is no display (neither DISPLAY nor WAYLAND_DISPLAY is set)";
     return nullptr;
   }
@@ -90,11 +96,7 @@ const DesktopModule* Desktop(bool needDisplay, std::string* why) {
 
 void WriteErrorLine(const char* line) {
   std::string bytes = std::string(line ? line : "") + "\n";
-  for (std::size_t done = 0; done < bytes.size();) {
-    long wrote = Sys().write(2, bytes.data() + done, bytes.size() - done);
-    if (wrote <= 0) return;  // nowhere to show it
-    done += static_cast<std::size_t>(wrote);
-  }
+  os::WriteStandardError(bytes.data(), bytes.size());  // nowhere to show it otherwise
 }
 
 }  // namespace vbu::platform

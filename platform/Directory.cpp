@@ -12,8 +12,10 @@
 
 #if defined(__linux__)
 #include "linux/Directory.inc"
+#elif defined(_WIN32)
+#include "windows/Directory.inc"
 #else
-#error "The platform layer has no folder calls for this system yet."
+#error "The platform layer has no Directory files for this system yet."
 #endif
 
 namespace vbu::platform {

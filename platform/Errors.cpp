@@ -4,8 +4,10 @@
 
 #if defined(__linux__)
 #include "linux/Errors.inc"
+#elif defined(_WIN32)
+#include "windows/Errors.inc"
 #else
-#error "The platform layer has no error codes for this system yet."
+#error "The platform layer has no Errors files for this system yet."
 #endif
 
 namespace vbu::platform {

@@ -43,8 +43,10 @@ int StreamHookClose(Stream* stream);
 
 #if defined(__linux__)
 #include "linux/File.inc"
+#elif defined(_WIN32)
+#include "windows/File.inc"
 #else
-#error "The platform layer has no files for this system yet."
+#error "The platform layer has no File files for this system yet."
 #endif
 
 namespace vbu::platform {
@@ -133,7 +135,7 @@ uint32_t WriteAll(int fd, const char* bytes, std::size_t count) {
   return 0;
 }
 
-long StreamHookRead(Stream* stream, char* buffer, std::size_t size) {
+[[maybe_unused]] long StreamHookRead(Stream* stream, char* buffer, std::size_t size) {
   unsigned got = 0;
   uint32_t error = ReadDescriptor(stream->fd, buffer, static_cast<unsigned>(std::min<std::size_t>(size, 0x7FFFFFFF)), &got);
   if (error != 0) {
@@ -143,7 +145,7 @@ long StreamHookRead(Stream* stream, char* buffer, std::size_t size) {
   return static_cast<long>(got);
 }
 
-long StreamHookWrite(Stream* stream, const char* buffer, std::size_t size) {
+[[maybe_unused]] long StreamHookWrite(Stream* stream, const char* buffer, std::size_t size) {
   uint32_t error = WriteDescriptor(stream->fd, buffer, static_cast<unsigned>(std::min<std::size_t>(size, 0x7FFFFFFF)));
   if (error != 0) {
     stream->error = error;
@@ -152,13 +154,13 @@ long StreamHookWrite(Stream* stream, const char* buffer, std::size_t size) {
   return static_cast<long>(std::min<std::size_t>(size, 0x7FFFFFFF));
 }
 
-int StreamHookSeek(Stream* stream, int64_t* offset, int origin) {
+[[maybe_unused]] int StreamHookSeek(Stream* stream, int64_t* offset, int origin) {
   uint32_t error = os::Seek(stream->fd, *offset, origin, offset);
   if (error != 0) stream->error = error;
   return error == 0 ? 0 : -1;
 }
 
-int StreamHookClose(Stream* stream) {
+[[maybe_unused]] int StreamHookClose(Stream* stream) {
   uint32_t error = CloseDescriptor(stream->fd);
   if (error != 0) stream->error = error;
   return error == 0 ? 0 : -1;

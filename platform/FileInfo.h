@@ -3,7 +3,7 @@
 //
 //   MFileUniv file;
 //   file.FOpen(u"/media/title.vob"_u16, MFile::file_read_binary);
-//   _stati64 info;
+//   struct _stati64 info;
 //   long long bytes = file.FStat(&info) == 0 ? info.st_size : -1;
 #pragma once
 

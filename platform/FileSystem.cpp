@@ -8,27 +8,31 @@
 
 #if defined(__linux__)
 #include "linux/FileSystem.inc"
+#elif defined(_WIN32)
+#include "windows/FileSystem.inc"
 #else
-#error "The platform layer has no file system queries for this system yet."
+#error "The platform layer has no FileSystem files for this system yet."
 #endif
 
 namespace vbu::platform {
 
-uint32_t StatPath(const unsigned short* path, _stati64* out) {
+uint32_t StatPath(const unsigned short* path, struct _stati64* out) {
   PathBytes bytes(path);
   if (!bytes.Ok()) return bytes.Error();
   if (!out) return kErrorInvalidArgument;
   return os::StatPath(bytes.Get(), out);
 }
 
-uint32_t StatDescriptor(int fd, _stati64* out) {
+uint32_t StatDescriptor(int fd, struct _stati64* out) {
   if (fd < 0) return kErrorBadDescriptor;
   if (!out) return kErrorInvalidArgument;
   return os::StatDescriptor(fd, out);
 }
 
+int64_t StatSeconds(const struct _stati64& info, int which) { return os::StatSeconds(info, which); }
+
 bool PathExists(const unsigned short* path) {
-  _stati64 ignored;
+  struct _stati64 ignored;
   return StatPath(path, &ignored) == 0;
 }
 

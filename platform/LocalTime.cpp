@@ -2,8 +2,10 @@
 
 #if defined(__linux__)
 #include "linux/LocalTime.inc"
+#elif defined(_WIN32)
+#include "windows/LocalTime.inc"
 #else
-#error "The platform layer has no local time for this system yet."
+#error "The platform layer has no LocalTime files for this system yet."
 #endif
 
 namespace vbu::platform {

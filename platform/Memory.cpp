@@ -10,6 +10,15 @@
 namespace vbu::platform {
 namespace {
 constexpr std::size_t kPage = 4096;
+
+// Fresh zeroed pages, or kMapFailed; and their release.
+#if defined(_WIN32)
+void* MapPages(std::size_t size) { return Sys().VirtualAlloc(size); }
+void UnmapPages(void* base, std::size_t) { Sys().VirtualFree(base); }
+#else
+void* MapPages(std::size_t size) { return Sys().mmap(size); }
+void UnmapPages(void* base, std::size_t size) { Sys().munmap(base, size); }
+#endif
 }  // namespace
 
 void* AllocZeroedBlock(std::size_t size) {
@@ -23,7 +32,7 @@ void FreeBlock(void* block) {
 
 void* AllocPages(std::size_t size) {
   if (size == 0 || size > SIZE_MAX - kPage) return nullptr;
-  void* base = Sys().mmap(size + kPage);
+  void* base = MapPages(size + kPage);
   if (base == kMapFailed) return nullptr;
   *static_cast<std::size_t*>(base) = size + kPage;
   return static_cast<char*>(base) + kPage;
@@ -32,7 +41,7 @@ void* AllocPages(std::size_t size) {
 void FreePages(void* block) {
   if (!block) return;
   void* base = static_cast<char*>(block) - kPage;
-  Sys().munmap(base, *static_cast<std::size_t*>(base));
+  UnmapPages(base, *static_cast<std::size_t*>(base));
 }
 
 }  // namespace vbu::platform

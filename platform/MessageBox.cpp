@@ -5,7 +5,6 @@
 
 #include "platform/internal/CodePage.h"
 #include "platform/internal/DesktopModule.h"
-#include "platform/internal/SysCalls.h"
 #include "platform/internal/WideText.h"
 
 namespace {
@@ -20,12 +19,7 @@ void WriteToStandardError(const unsigned short* text) {
   std::string bytes(length * 3 + 1, '\0');  // three bytes at most for each unit
   long n = vbu::platform::UnitsToBytes(text, length, bytes.data(), bytes.size(), vbu::platform::CodePage::kSystem);
   bytes.resize(n < 0 ? 0 : static_cast<std::size_t>(n));
-  bytes += '\n';
-  for (std::size_t done = 0; done < bytes.size();) {
-    long wrote = vbu::platform::Sys().write(2, bytes.data() + done, bytes.size() - done);
-    if (wrote <= 0) return;  // nowhere to show it: the message is dropped
-    done += static_cast<std::size_t>(wrote);
-  }
+  vbu::platform::WriteErrorLine(bytes.c_str());  // nowhere to show it: the message is dropped
 }
 
 }  // namespace

@@ -17,8 +17,12 @@
 #include <VantoroBasicUtils/platform/Export.h>
 
 #if defined(_WIN32)
-// OVERLAPPED, GetLastError and SetLastError are the system's own there.
-#include <windows.h>
+// OVERLAPPED, GetLastError and SetLastError are the system's own there; only
+// the headers that declare them, so that the rest of <windows.h> (its macros
+// GetMessage, min, max...) stays out of the host's way.
+#include <windef.h>
+#include <minwinbase.h>
+#include <errhandlingapi.h>
 #endif
 
 // Error codes of transfers and files. Other failures give the system's error

@@ -37,8 +37,10 @@ void Remove(const char* path);
 
 #if defined(__linux__)
 #include "linux/SettingsFile.inc"
+#elif defined(_WIN32)
+#include "windows/SettingsFile.inc"
 #else
-#error "The platform layer has no settings file for this system yet."
+#error "The platform layer has no SettingsFile files for this system yet."
 #endif
 
 namespace vbu::platform {

@@ -2,8 +2,10 @@
 
 #if defined(__linux__)
 #include "linux/SysCalls.inc"
+#elif defined(_WIN32)
+#include "windows/SysCalls.inc"
 #else
-#error "The platform layer has no system call table for this system yet."
+#error "The platform layer has no SysCalls files for this system yet."
 #endif
 
 namespace vbu::platform {

@@ -1,7 +1,6 @@
 #include "platform/Thread.h"
 
 #include <atomic>
-#include <cerrno>
 #include <mutex>
 
 #include "platform/internal/Errors.h"
@@ -23,6 +22,9 @@ struct MThreadControl {
   bool running = false;    // past its start
   bool abandoned = false;  // the object died before the thread ran: it runs nothing
   bool ended = false;
+  bool systemHeld = false;  // stopped by the system itself (where it holds threads so), until the last resume
+  std::atomic<int> holdOff{0};  // the thread's StHoldOff depth, for a system that holds it from outside
+  ~MThreadControl();
 };
 
 namespace vbu::platform {
@@ -45,10 +47,19 @@ void HoldWhileSuspended(bool announce);
 }  // namespace
 }  // namespace vbu::platform
 
+namespace vbu::platform {
+namespace {
+// Tells the holders that the thread stands still (or has ended).
+void Announce(MThreadControl& control);
+}  // namespace
+}  // namespace vbu::platform
+
 #if defined(__linux__)
 #include "linux/Thread.inc"
+#elif defined(_WIN32)
+#include "windows/Thread.inc"
 #else
-#error "threads: no implementation for this system"
+#error "The platform layer has no Thread files for this system yet."
 #endif
 
 namespace vbu::platform {
@@ -64,13 +75,26 @@ void AdoptThreadId(unsigned long id) { tThreadId = id; }
 
 namespace {
 
+void Announce(MThreadControl& control) {
+  control.heard.fetch_add(1, std::memory_order_release);
+  WakeAll(control.heard);
+}
+
+// Enters and leaves a stretch in which the thread is not held.
+void EnterHoldOff() {
+  tHoldOff = tHoldOff + 1;
+  if (tControl) tControl->holdOff.fetch_add(1, std::memory_order_acq_rel);
+}
+
+void LeaveHoldOff() {
+  tHoldOff = tHoldOff - 1;
+  if (tControl) tControl->holdOff.fetch_sub(1, std::memory_order_acq_rel);
+}
+
 void HoldWhileSuspended(bool announce) {
   MThreadControl* control = tControl;
   if (!control) return;  // not one of ours
-  auto tell = [&] {
-    control->heard.fetch_add(1, std::memory_order_release);
-    WakeAll(control->heard);
-  };
+  auto tell = [&] { Announce(*control); };
   // In the handler, on entry, for a hold that was let go before the signal
   // came in. And before each wait, on any road here, for every hold added
   // up to the load before it: a signal sent meanwhile waits behind this
@@ -92,6 +116,10 @@ void HoldWhileSuspended(bool announce) {
 }  // namespace vbu::platform
 
 using namespace vbu::platform;
+
+MThreadControl::~MThreadControl() {
+  if (handle != 0) ReleaseSystemThread(handle);
+}
 
 struct MThreadRunner {
   static void* Start(void* arg) {
@@ -125,7 +153,7 @@ struct MThreadRunner {
     }
     // From here on the thread only ends: a hold would gain nothing, and
     // would keep the lock that ResumeThread needs.
-    tHoldOff = tHoldOff + 1;
+    EnterHoldOff();
     if (self) {
       MThread* done = nullptr;
       {
@@ -138,8 +166,7 @@ struct MThreadRunner {
       std::lock_guard<std::mutex> lock(control->mutex);
       control->ended = true;
     }
-    control->heard.fetch_add(1, std::memory_order_release);
-    WakeAll(control->heard);
+    Announce(*control);
     tControl = nullptr;
     return nullptr;
   }
@@ -167,7 +194,7 @@ bool MThread::CreateThread(bool suspended) {
   {
     std::lock_guard<std::mutex> lock(control.mutex);
     if (control.created) {
-      SetLastError(ErrorFromErrno(EINVAL));
+      SetLastError(kErrorInvalidArgument);
       return false;
     }
     control.created = true;
@@ -176,12 +203,12 @@ bool MThread::CreateThread(bool suspended) {
   }
   auto* handed = new std::shared_ptr<MThreadControl>(mControl);
   uint64_t handle = 0;
-  if (int error = StartSystemThread(&handle, &MThreadRunner::Start, handed)) {
+  if (uint32_t error = StartSystemThread(&handle, &MThreadRunner::Start, handed)) {
     delete handed;
     std::lock_guard<std::mutex> lock(control.mutex);
     control.created = false;
     control.object = nullptr;
-    SetLastError(ErrorFromErrno(error));
+    SetLastError(error);
     return false;
   }
   {
@@ -208,7 +235,7 @@ MThread::Hold MThread::AddHold() {
   hold.mSelf = tControl == &control;
   std::lock_guard<std::mutex> lock(control.mutex);
   if (!control.created || control.ended) {
-    SetLastError(ErrorFromErrno(ESRCH));
+    SetLastError(kErrorNoThread);
     return hold;
   }
   hold.mHeard = control.heard.load(std::memory_order_acquire);
@@ -217,9 +244,9 @@ MThread::Hold MThread::AddHold() {
   // holds itself: it stops in Wait. The signal goes under the lock, so the
   // thread cannot have ended meanwhile.
   if (before == 0 && !hold.mSelf) {
-    if (int error = SignalThread(control.handle)) {
+    if (uint32_t error = SignalThread(control)) {
       control.holds.fetch_sub(1, std::memory_order_acq_rel);
-      SetLastError(ErrorFromErrno(error));
+      SetLastError(error);
       return hold;
     }
   }
@@ -227,10 +254,10 @@ MThread::Hold MThread::AddHold() {
   return hold;
 }
 
-MThread::StHoldOff::StHoldOff() { tHoldOff = tHoldOff + 1; }
+MThread::StHoldOff::StHoldOff() { EnterHoldOff(); }
 
 MThread::StHoldOff::~StHoldOff() {
-  tHoldOff = tHoldOff - 1;
+  LeaveHoldOff();
   if (tHoldOff == 0 && tHoldPutOff) {  // a hold came meanwhile
     tHoldPutOff = false;
     HoldWhileSuspended(false);
@@ -253,13 +280,19 @@ long MThread::ResumeThread() {
   StHoldOff holdOff;
   std::lock_guard<std::mutex> lock(control.mutex);
   if (!control.created || control.ended) {
-    SetLastError(ErrorFromErrno(ESRCH));
+    SetLastError(kErrorNoThread);
     return -1;
   }
   const uint32_t before = control.holds.load(std::memory_order_acquire);
   if (before == 0) return 0;
   control.holds.store(before - 1, std::memory_order_release);
-  if (before == 1) WakeAll(control.holds);
+  if (before == 1) {
+    WakeAll(control.holds);
+    if (control.systemHeld) {
+      control.systemHeld = false;
+      ReleaseSystemHold(control);
+    }
+  }
   return static_cast<long>(before);
 }
 

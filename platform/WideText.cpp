@@ -5,8 +5,10 @@
 
 #if defined(__linux__)
 #include "linux/WideText.inc"
+#elif defined(_WIN32)
+#include "windows/WideText.inc"
 #else
-#error "The platform layer has no case tables for this system yet."
+#error "The platform layer has no WideText files for this system yet."
 #endif
 
 namespace vbu::wtext {

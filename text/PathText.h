@@ -29,8 +29,13 @@
 #endif
 
 // The platform's path separator, as a 16-bit unit and as a byte.
+#if defined(_WIN32)
+constexpr unsigned short kPathSeparator = '\\';
+constexpr char kPathSeparatorChar = '\\';
+#else
 constexpr unsigned short kPathSeparator = '/';
 constexpr char kPathSeparatorChar = '/';
+#endif
 
 namespace vbu {
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 namespace {
 
@@ -19,8 +20,8 @@ double RateOfType(frame_type_t type) { return FramesOfType(type); }
 // A double truncated to a long, held within the long's range (NaN gives 0).
 long Truncate(double value) {
   if (!(value == value)) return 0;
-  if (value >= 9.2e18) return INT64_MAX;
-  if (value <= -9.2e18) return INT64_MIN;
+  if (value >= static_cast<double>(std::numeric_limits<long>::max())) return std::numeric_limits<long>::max();
+  if (value <= static_cast<double>(std::numeric_limits<long>::min())) return std::numeric_limits<long>::min();
   return static_cast<long>(value);
 }
 

@@ -22,6 +22,7 @@ extern const uint32_t kErrorInvalidArgument;  // a bad argument (EINVAL)
 extern const uint32_t kErrorIo;               // the device failed (EIO)
 extern const uint32_t kErrorDiskFull;         // no room left on the disk (ENOSPC)
 extern const uint32_t kErrorNoMemory;         // no memory (ENOMEM)
+extern const uint32_t kErrorNoThread;         // the thread is not there (ESRCH)
 
 // The code of a system error number; 0 stays 0.
 uint32_t ErrorFromErrno(int number);

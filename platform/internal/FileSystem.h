@@ -3,7 +3,7 @@
 // removal of a file. Internal; never installed. Calls that can fail give
 // their error code (0: success) and set no last error.
 //
-//   _stati64 status;
+//   struct _stati64 status;
 //   if (vbu::platform::StatPath(path, &status) == 0) size = status.st_size;
 //   if (vbu::platform::GetDriveKind(path) == vbu::platform::DriveKind::kOptical) ...
 #pragma once
@@ -15,8 +15,11 @@
 namespace vbu::platform {
 
 // Fills `out` with what the system knows of `path` or of descriptor `fd`.
-uint32_t StatPath(const unsigned short* path, _stati64* out);
-uint32_t StatDescriptor(int fd, _stati64* out);
+uint32_t StatPath(const unsigned short* path, struct _stati64* out);
+uint32_t StatDescriptor(int fd, struct _stati64* out);
+// A time of the record in seconds since 1970: 0 the status change (the
+// making, where the system keeps that instead), 1 the last write, 2 the last read.
+int64_t StatSeconds(const struct _stati64& info, int which);
 // True when `path` names something that exists.
 bool PathExists(const unsigned short* path);
 // Removes the file `path` (never a folder).

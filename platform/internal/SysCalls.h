@@ -10,6 +10,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#if defined(_WIN32)
+#include "platform/internal/SysCallsWindows.h"
+#else
+
 // The system's records, known here by name only.
 struct stat;
 struct statx;
@@ -135,3 +139,5 @@ SysCalls& Sys();
 const SysCalls& DefaultSysCalls();
 
 }  // namespace vbu::platform
+
+#endif  // !_WIN32

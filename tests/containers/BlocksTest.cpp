@@ -115,7 +115,9 @@ TEST(Handle, RoundingAndResizes) {
   h.Unlock();
   EXPECT_EQ(h.Lock(), h.Lock());
   char* before = h.GetPtr();
+#if !defined(_WIN32)  // unsigned long has 32 bits there: no larger value can be asked
   EXPECT_THROW(h.Resize(0x100000000ul), std::bad_alloc);  // beyond 32 bits: refused, nothing lost
+#endif
   EXPECT_EQ(h.GetPtr(), before);
   EXPECT_EQ(h.GetSize(), 0u);
   ProbeHandle none;

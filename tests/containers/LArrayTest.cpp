@@ -33,7 +33,9 @@ TEST(LArray, InsertOddCountsAndSizesAndAnUnpairedUnlockDoesNotLock) {
 TEST(LArray, SizesBeyondThirtyTwoBitsAreRefused) {
   LArray bytes(1);
   EXPECT_EQ(bytes.InsertItemsAt(0x7FFFFFFFul, 1, nullptr, 0), kBadIndex);
+#if !defined(_WIN32)  // unsigned long has 32 bits there: no larger value can be asked
   EXPECT_EQ(bytes.InsertItemsAt(0x100000001ul, 1, nullptr, 0), kBadIndex);
+#endif
   LArray large(16u << 20);  // 16 MiB items: 300 of them pass 4 GiB
   EXPECT_EQ(large.InsertItemsAt(300, 1, nullptr, 0), kBadIndex);
   large.AdjustAllocation(300, 0);  // refused as well, without allocating

@@ -171,7 +171,7 @@ TEST(PlainFile, SizesTimesAndInformation) {
   TempFolder dir;
   WriteAll(dir.Bytes("data"), Pattern(5000));
   MFileUniv file;
-  _stati64 info{};
+  struct _stati64 info{};
   EXPECT_EQ(file.FStat(&info), -1) << "not open";
   int year = -7, month = -7, day = -7, hour = -7, minute = -7, second = -7;
   EXPECT_FALSE(file.GetModifyTime(year, month, day, hour, minute, second));

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <random>
 
+#include "support/AlignedBlock.h"
 #include "support/LogicalFile.h"
 #include "support/TempFolder.h"
 
@@ -120,7 +121,7 @@ TEST(SegmentedFile, ReadsAndSeeksCrossSegments) {
   ASSERT_EQ(file.FOpen(name, MFile::file_read_binary), 0);
   EXPECT_EQ(file.GetCount(), 3);
   EXPECT_EQ(file.GetSize(), 2500);
-  _stati64 info;
+  struct _stati64 info;
   ASSERT_EQ(file.FStat(&info), 0);
   EXPECT_EQ(info.st_size, 2500);
   std::string got(10, '\0');
@@ -282,7 +283,7 @@ TEST(SegmentedFile, OverlappedReadsCrossSegments) {
   MakeSegmented(name, data, kLimit);
   MFiles file;
   ASSERT_EQ(file.FOpen(name, MFile::file_overlapped_read), 0);
-  char* block = static_cast<char*>(std::aligned_alloc(4096, 8 * kLimit));
+  char* block = static_cast<char*>(vbu_test::AlignedAlloc(4096, 8 * kLimit));
   MEvent done;
   OVERLAPPED record;
   // From the middle of the first segment over two ends into the third.
@@ -306,7 +307,7 @@ TEST(SegmentedFile, OverlappedReadsCrossSegments) {
   count = 2048;
   EXPECT_EQ(file.FReadOverlapped(4 * kLimit, block, count, &record, &done), kErrorHandleEof);
   EXPECT_EQ(count, 0);
-  std::free(block);
+  vbu_test::AlignedFree(block);
   // A creating open empties the whole file.
   ASSERT_EQ(file.FClose(), 0);
   ASSERT_EQ(file.FOpen(name, MFile::file_overlapped_create), 0);

@@ -14,6 +14,7 @@
 #include <map>
 #include <random>
 
+#include "support/AlignedBlock.h"
 #include "support/LogicalFile.h"
 #include "support/TempFolder.h"
 
@@ -85,7 +86,7 @@ void CheckDisk(const MString& name, const Model& model) {
   std::vector<MString> listed = ListedSegments(name);
   ASSERT_EQ(listed.size(), model.segments.size());
   for (std::size_t i = 0; i < listed.size(); ++i) {
-    _stati64 info;
+    struct _stati64 info;
     ASSERT_EQ(MFileUniv().FStat(listed[i], &info), 0);
     EXPECT_EQ(info.st_size, model.segments[i]) << "segment " << i;
   }
@@ -117,7 +118,7 @@ TEST(SegmentedModel, RandomRunsMatchAPlainFile) {
   std::mt19937 random(20261125);
   Model model;
   MFiles file;
-  char* block = static_cast<char*>(std::aligned_alloc(4096, 64 * 1024));
+  char* block = static_cast<char*>(vbu_test::AlignedAlloc(4096, 64 * 1024));
   MEvent done;
   OVERLAPPED record;
   int crossingReads = 0, overlappedReads = 0, refusals = 0, segmentsMost = 0;
@@ -274,7 +275,7 @@ TEST(SegmentedModel, RandomRunsMatchAPlainFile) {
   }
   if (model.open) file.FClose();
   CheckDisk(name, model);
-  std::free(block);
+  vbu_test::AlignedFree(block);
   EXPECT_GT(refusals, 0);
   EXPECT_GT(crossingReads, 0);
   EXPECT_GT(overlappedReads, 0);

@@ -628,7 +628,7 @@ TEST(SysCallFaults, OneCounterAcrossEntriesFailsTheNthCallOnceOrFromThenOn) {
   auto run = [&](int n, StSysCallFaults::Mode mode, std::string* outcome) {
     StSysCallFaults faults(n, EACCES, mode);
     for (int i = 0; i < 3; ++i) {
-      _stati64 info;
+      struct _stati64 info;
       MFileUniv file;
       int statted = file.FStat(path, &info);
       int opened = file.FOpen(path, MFile::file_read_binary);
@@ -663,7 +663,7 @@ TEST(SysCallFaults, OneCounterAcrossEntriesFailsTheNthCallOnceOrFromThenOn) {
     }
   }
   StSysCallFaults counting(1000, EIO);
-  _stati64 info;
+  struct _stati64 info;
   MFileUniv().FStat(path, &info);
   EXPECT_EQ(counting.Calls(), 1);
 }

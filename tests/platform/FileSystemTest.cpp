@@ -25,7 +25,7 @@ TEST(FileSystem, StatGivesWhatTheSystemKnowsOfAPathAndOfADescriptor) {
   struct stat system;
   ASSERT_EQ(::stat(dir.Bytes("b.vob").c_str(), &system), 0);
 
-  _stati64 byPath{}, byDescriptor{}, folder{};
+  struct _stati64 byPath{}, byDescriptor{}, folder{};
   ASSERT_EQ(vp::StatPath(dir.Path("b.vob"), &byPath), 0u);
   EXPECT_EQ(byPath.st_size, 1234);
   EXPECT_TRUE(S_ISREG(byPath.st_mode));
@@ -40,7 +40,7 @@ TEST(FileSystem, StatGivesWhatTheSystemKnowsOfAPathAndOfADescriptor) {
   ASSERT_EQ(vp::StatPath(dir.Path(""), &folder), 0u);
   EXPECT_TRUE(S_ISDIR(folder.st_mode));
 
-  _stati64 untouched{};
+  struct _stati64 untouched{};
   untouched.st_size = 77;
   EXPECT_EQ(vp::StatPath(dir.Path("missing"), &untouched), static_cast<uint32_t>(ENOENT));
   EXPECT_EQ(vp::StatPath(u""_u16, &untouched), static_cast<uint32_t>(ENOENT));
@@ -59,7 +59,7 @@ TEST(FileSystem, SizesAndTimesPastThirtyTwoBitsArriveWhole) {
     info->st_mtim.tv_sec = 4102444800;  // 2100-01-01
     return 0;
   };
-  _stati64 info{};
+  struct _stati64 info{};
   ASSERT_EQ(vp::StatPath(u"/disc.iso"_u16, &info), 0u);
   EXPECT_EQ(info.st_size, 5000000000);
   EXPECT_EQ(info.st_mtime64, 4102444800);

@@ -6,8 +6,13 @@
 namespace {
 
 const bool kHeadless = [] {
+#if defined(_WIN32)
+  ::_putenv("DISPLAY=");
+  ::_putenv("WAYLAND_DISPLAY=");
+#else
   ::unsetenv("DISPLAY");
   ::unsetenv("WAYLAND_DISPLAY");
+#endif
   return true;
 }();
 
