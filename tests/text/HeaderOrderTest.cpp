@@ -8,11 +8,13 @@
 #include <cstring>
 #include <string>
 
+#include "support/NativePath.h"
+
 TEST(PathText, LibgenAfterTheLibrarysHeader) {
-  std::u16string path = u"dir/name";
+  std::u16string path = vbu_test::NativePath(u"dir/name");
   EXPECT_EQ(std::u16string(reinterpret_cast<char16_t*>(vbu::basename(vbu::ToUnits(path.data())))), u"name");
-  char bytes[] = "dir/leaf/";
-  EXPECT_STREQ(vbu::basename(bytes), "leaf");
+  std::string bytes = vbu_test::NativePath(std::string("dir/leaf/"));
+  EXPECT_STREQ(vbu::basename(bytes.data()), "leaf");
   char xpg[] = "a/b";
   EXPECT_STREQ(basename(xpg), "b");  // the C library's, as <libgen.h> defines it
 }

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/NativePath.h"
+
 #include <cstring>
 #include <string>
 #include <thread>
@@ -103,27 +105,29 @@ TEST(CaseBlindCompare, WideFormsBesideTheByteOnes) {
 }
 
 TEST(PathText, DirnameAndBasenameInPlace) {
+  using vbu_test::NativePath;
   auto dir = [](const char16_t* p) {
-    Buf b(p);
+    Buf b(NativePath(p).c_str());
     return S(vbu::dirname(b.get()));
   };
   auto base = [](const char16_t* p) {
-    Buf b(p);
+    Buf b(NativePath(p).c_str());
     return S(vbu::basename(b.get()));
   };
   for (auto [path, d, b] : {std::tuple{u"a/b", u"a", u"b"}, {u"a/b//", u"a", u"b"}, {u"a//b", u"a", u"b"},
                             {u"/a", u"/", u"a"}, {u"//", u"/", u"/"}, {u"abc", u".", u"abc"}, {u"", u".", u"."}}) {
-    EXPECT_EQ(dir(path) + u"|" + base(path), std::u16string(d) + u"|" + b);
+    EXPECT_EQ(dir(path) + u"|" + base(path), NativePath(d) + u"|" + NativePath(b));
   }
-  Buf trailing(u"a/b/");
+  Buf trailing(NativePath(u"a/b/").c_str());
   EXPECT_EQ(S(basename(trailing.get())), u"b");  // the plain overload
   EXPECT_EQ(trailing.text[3], 0);                // the separator is gone from the caller's text
   char cpath[] = "/usr/lib";
   EXPECT_STREQ(::dirname(cpath), "/usr");  // the C library's, through <libgen.h>
 
   // The string forms cut at the last separator only.
-  for (auto [path, d, b] : {std::tuple{u"a/b/"_u16, u"a/b", u""}, {u"abc"_u16, u"abc", u"abc"}, {u"/abc"_u16, u"", u"abc"},
-                            {u""_u16, u".", u"."}}) {
-    EXPECT_EQ(S(DirName(MString(path))) + u"|" + S(BaseName(MString(path))), std::u16string(d) + u"|" + b);
+  for (auto [path, d, b] : {std::tuple{u"a/b/", u"a/b", u""}, {u"abc", u"abc", u"abc"}, {u"/abc", u"", u"abc"},
+                            {u"", u".", u"."}}) {
+    const MString native(vbu::ToUnits(NativePath(path).c_str()));
+    EXPECT_EQ(S(DirName(native)) + u"|" + S(BaseName(native)), NativePath(d) + u"|" + b);
   }
 }
